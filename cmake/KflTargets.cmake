@@ -1,0 +1,35 @@
+# What the targets of this project have in common.
+
+set(kfl_warnings
+    -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wcast-align -Wcast-qual
+    -Wformat=2 -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wundef -Wunused
+    $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-branches$<SEMICOLON>-Wduplicated-cond$<SEMICOLON>-Wlogical-op>
+    $<$<CXX_COMPILER_ID:Clang>:-Wweak-vtables$<SEMICOLON>-Wimplicit-fallthrough>)
+
+# Language, warnings and the instrumentation that was asked for.
+function(kfl_target_defaults target)
+  set_target_properties(${target} PROPERTIES CXX_STANDARD 17 CXX_STANDARD_REQUIRED ON
+                                             CXX_EXTENSIONS ${KFL_COVERAGE})
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR})
+  target_compile_options(${target} PRIVATE ${kfl_warnings} $<$<BOOL:${KFL_WERROR}>:-Werror>)
+  if(KFL_SANITIZE)
+    target_compile_options(${target} PRIVATE -fsanitize=${KFL_SANITIZE} -fno-sanitize-recover=all
+                                             -fno-omit-frame-pointer)
+    target_link_options(${target} PUBLIC -fsanitize=${KFL_SANITIZE})
+  endif()
+  if(KFL_COVERAGE)
+    target_compile_options(${target} PRIVATE --coverage)
+    target_link_options(${target} PUBLIC --coverage)
+  endif()
+endfunction()
+
+# How the library itself is compiled: position independent, nothing exported but what is marked, no
+# dependence on what a small C++ runtime may lack.
+function(kfl_library_flags target)
+  set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON
+                                             CXX_VISIBILITY_PRESET hidden
+                                             VISIBILITY_INLINES_HIDDEN ON)
+  target_compile_options(${target} PRIVATE -fno-sized-deallocation -fno-threadsafe-statics)
+  # -D_GNU_SOURCE is g++'s default and is said for compilers that leave it out in strict mode.
+  target_compile_definitions(${target} PRIVATE _GNU_SOURCE _FILE_OFFSET_BITS=64)
+endfunction()

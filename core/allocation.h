@@ -1,0 +1,30 @@
+// Array storage whose size was added up in 64 bits, so that no sum of 32-bit counts can wrap.
+#ifndef KFL_CORE_ALLOCATION_H
+#define KFL_CORE_ALLOCATION_H
+
+#include <cstdint>
+
+namespace kfl::detail {
+
+// Array new for `bytes` bytes, to be released with array delete. A size that passes 32 bits fails
+// as an allocation does: the allocator is asked for what it must refuse, so it is the one that
+// throws.
+char* allocateArray(std::uint64_t bytes);
+
+// The same for `count` elements of `elementSize` bytes.
+inline char* allocateArray(unsigned int count, std::uint64_t elementSize) {
+    return allocateArray(count * elementSize);
+}
+
+// Fails as an allocation does; for a size that cannot even be written down in 32 bits.
+void refuseAllocation();
+
+// A size in 32 bits; fails as an allocation does when it has more.
+inline unsigned int checkedSize(std::uint64_t size) {
+    if (size > UINT32_MAX) refuseAllocation();
+    return static_cast<unsigned int>(size);
+}
+
+}  // namespace kfl::detail
+
+#endif

@@ -1,0 +1,21 @@
+// The whole library.
+#ifndef KFL_KFL_H
+#define KFL_KFL_H
+
+#include "kfl/AString.h"
+#include "kfl/Buffer.h"
+#include "kfl/Collection.h"
+#include "kfl/Container.h"
+#include "kfl/Host.h"
+#include "kfl/IniFileParser.h"
+#include "kfl/Protectable.h"
+#include "kfl/SObject.h"
+#include "kfl/SObjectArray.h"
+#include "kfl/StringFormat.h"
+#include "kfl/VoidPtrArray.h"
+#include "kfl/VoidPtrCollection.h"
+#include "kfl/VoidPtrStack.h"
+#include "kfl/export.h"
+#include "kfl/version.h"
+
+#endif
