@@ -19,8 +19,8 @@ ProtectionElement::~ProtectionElement() {
     if (object_ && --object_->referenceCount_ == 0) delete object_;
 }
 
-// NOLINTNEXTLINE(bugprone-unhandled-self-assignment, cert-oop54-cpp): taking before releasing
-// handles it.
+// Taking before releasing is what handles self-assignment.
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment, cert-oop54-cpp)
 ProtectionElement& ProtectionElement::operator=(const ProtectionElement& other) {
     return *this = other.object_;
 }
