@@ -141,7 +141,7 @@ class IniFileParserModelTest : public testing::Test {
 TEST_F(IniFileParserModelTest, ReadsGeneratedFilesAsTheSimpleReaderDoes) {
     Random random;
     FileWriter writer(random);
-    for (int i = 0; i < 4000; ++i) {
+    for (int i = 0; i < 3000; ++i) {
         const std::string bytes = writer.file();
         kfl::IniFileParser parser;
         SimpleIniReader model;
@@ -275,7 +275,7 @@ std::vector<std::filesystem::path> filesUnder(const char* root, std::size_t most
 }
 
 void compareOnFilesUnder(const char* root) {
-    const std::vector<std::filesystem::path> files = filesUnder(root, 400);
+    const std::vector<std::filesystem::path> files = filesUnder(root, 250);
     EXPECT_FALSE(files.empty()) << root;
     for (const std::filesystem::path& path : files) {
         std::ifstream file(path, std::ios::binary);
