@@ -5,6 +5,7 @@
 #include "kfl/AString.h"
 #include "kfl/Buffer.h"
 #include "kfl/Collection.h"
+#include "kfl/CommunicationSocket.h"
 #include "kfl/Container.h"
 #include "kfl/Host.h"
 #include "kfl/IniFileParser.h"
@@ -16,6 +17,7 @@
 #include "kfl/VoidPtrCollection.h"
 #include "kfl/VoidPtrStack.h"
 #include "kfl/export.h"
+#include "kfl/sockets.h"
 #include "kfl/version.h"
 
 #endif
