@@ -7,6 +7,7 @@ set(kfl_public_headers
     BoundedStringBase.h
     Buffer.h
     Collection.h
+    CommunicationSocket.h
     Container.h
     Host.h
     IniFileParser.h
@@ -23,6 +24,7 @@ set(kfl_public_headers
     VoidPtrStack.h
     export.h
     kfl.h
+    sockets.h
     streams.h
     version.h)
 list(TRANSFORM kfl_public_headers PREPEND ${PROJECT_SOURCE_DIR}/include/kfl/)

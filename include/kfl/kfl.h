@@ -6,6 +6,7 @@
 #include "kfl/BoundedStringBase.h"
 #include "kfl/Buffer.h"
 #include "kfl/Collection.h"
+#include "kfl/CommunicationSocket.h"
 #include "kfl/Container.h"
 #include "kfl/Host.h"
 #include "kfl/IniFileParser.h"
@@ -21,6 +22,7 @@
 #include "kfl/VoidPtrCollection.h"
 #include "kfl/VoidPtrStack.h"
 #include "kfl/export.h"
+#include "kfl/sockets.h"
 #include "kfl/streams.h"
 #include "kfl/version.h"
 
