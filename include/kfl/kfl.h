@@ -8,7 +8,9 @@
 #include "kfl/Container.h"
 #include "kfl/Host.h"
 #include "kfl/IniFileParser.h"
+#include "kfl/OSThread.h"
 #include "kfl/Protectable.h"
+#include "kfl/RandomNumberGenerator.h"
 #include "kfl/SObject.h"
 #include "kfl/SObjectArray.h"
 #include "kfl/StringFormat.h"
@@ -16,6 +18,8 @@
 #include "kfl/VoidPtrCollection.h"
 #include "kfl/VoidPtrStack.h"
 #include "kfl/export.h"
+#include "kfl/process.h"
+#include "kfl/syslog_events.h"
 #include "kfl/version.h"
 
 #endif
