@@ -43,7 +43,7 @@ void Container::expandTo(unsigned int n) {
     char* const grown = detail::allocateArray(n, elementSize_);
     const std::size_t total = std::size_t{n} * elementSize_;
     const std::size_t kept = std::size_t{n < capacity_ ? n : capacity_} * elementSize_;
-    copyBytes(grown, data_, kept);
+    if (data_) std::memcpy(grown, data_, kept);
     std::memset(grown + kept, 0, total - kept);
     setData(grown);
     capacity_ = n;
