@@ -5,14 +5,12 @@
 #include <cstring>
 
 #include "core/allocation.h"
+#include "core/copy_bytes.h"
 
 namespace kfl {
 namespace {
 
-// memmove, where nothing may be moved from or to nowhere.
-void copyBytes(char* to, const char* from, std::size_t n) {
-    if (n > 0) std::memmove(to, from, n);
-}
+using detail::copyBytes;
 
 // The elements from `index` on that a request for `n` can have.
 unsigned int available(unsigned int capacity, unsigned int index, unsigned int n) {

@@ -7,6 +7,7 @@
 #include "core/char_set.h"
 #include "core/halt.h"
 #include "core/is_within.h"
+#include "core/retired.h"
 
 namespace kfl {
 namespace {
@@ -14,19 +15,7 @@ namespace {
 using detail::allocateArray;
 using detail::CharSet;
 using detail::checkedSize;
-
-// The array that a growth replaced. It lives as long as the call, whose text argument may lie in
-// it.
-class Retired {
-  public:
-    explicit Retired(char* data) : data_(data) {}
-    ~Retired() { delete[] data_; }
-    Retired(const Retired&) = delete;
-    Retired& operator=(const Retired&) = delete;
-
-  private:
-    char* data_;
-};
+using detail::Retired;
 
 // Copies a string's characters with their terminator, also those that stand behind a NUL inside the
 // text and those that were put behind the length by hand.
@@ -104,7 +93,8 @@ AString::~AString() { delete[] data_; }
 int AString::append(const char* text) {
     if (!text) return 1;
     const std::size_t n = std::strlen(text);
-    const Retired old(makeRoom(data_, capacity_, length_, increment_, std::uint64_t{length_} + n));
+    const Retired<char> old(
+        makeRoom(data_, capacity_, length_, increment_, std::uint64_t{length_} + n));
     std::memmove(data_ + length_, text, n);
     length_ += static_cast<unsigned int>(n);
     data_[length_] = '\0';
@@ -114,7 +104,8 @@ int AString::append(const char* text) {
 int AString::append(const char* text, unsigned int n) {
     if (!text) return 1;
     const std::size_t visible = strnlen(text, n);
-    const Retired old(makeRoom(data_, capacity_, length_, increment_, std::uint64_t{length_} + n));
+    const Retired<char> old(
+        makeRoom(data_, capacity_, length_, increment_, std::uint64_t{length_} + n));
     std::memmove(data_ + length_, text, visible);
     std::memset(data_ + length_ + visible, 0, n - visible + 1);
     length_ += n;
@@ -124,7 +115,8 @@ int AString::append(const char* text, unsigned int n) {
 int AString::append(const AString& s) { return append(s.data_); }
 
 int AString::append(char c) {
-    const Retired old(makeRoom(data_, capacity_, length_, increment_, std::uint64_t{length_} + 1));
+    const Retired<char> old(
+        makeRoom(data_, capacity_, length_, increment_, std::uint64_t{length_} + 1));
     data_[length_] = c;
     data_[++length_] = '\0';
     return 1;
@@ -135,7 +127,8 @@ int AString::append(unsigned char c) { return append(static_cast<char>(c)); }
 int AString::insert(unsigned int pos, const char* text) {
     if (!text) return 1;
     const std::size_t n = std::strlen(text);
-    const Retired old(makeRoom(data_, capacity_, length_, increment_, std::uint64_t{length_} + n));
+    const Retired<char> old(
+        makeRoom(data_, capacity_, length_, increment_, std::uint64_t{length_} + n));
     char* const gap = data_ + pos;
     std::memmove(gap + n, gap, length_ - pos);
     if (detail::isWithin(text, data_, length_)) {
@@ -174,7 +167,7 @@ int AString::replace(char from, char to) {
 }
 
 int AString::expandTo(unsigned int n) {
-    const Retired old(makeRoom(data_, capacity_, length_, increment_, n));
+    const Retired<char> old(makeRoom(data_, capacity_, length_, increment_, n));
     return 1;
 }
 

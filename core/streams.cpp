@@ -2,12 +2,14 @@
 
 #include <cstring>
 
+#include "core/copy_bytes.h"
+
 namespace {
 
 // Hands out up to `n` of the `available` bytes at `from`.
 unsigned int take(char* to, const char* from, unsigned int available, unsigned int n) {
     const unsigned int k = n < available ? n : available;
-    if (k > 0) std::memcpy(to, from, k);
+    kfl::detail::copyBytes(to, from, k);
     return k;
 }
 

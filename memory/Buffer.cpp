@@ -4,33 +4,21 @@
 #include <cstring>
 
 #include "core/allocation.h"
+#include "core/copy_bytes.h"
+#include "core/retired.h"
 
 namespace {
 
-unsigned smallerOf(unsigned a, unsigned b) { return a < b ? a : b; }
+using kfl::detail::copyBytes;
+using kfl::detail::Retired;
 
-// memmove, where nothing may be moved from or to nowhere.
-void copyBytes(unsigned char* to, const unsigned char* from, unsigned count) {
-    if (count > 0) std::memmove(to, from, count);
-}
+unsigned smallerOf(unsigned a, unsigned b) { return a < b ? a : b; }
 
 // A block of `maxSize` bytes and the spare one behind them; null for 0.
 unsigned char* newBlock(std::uint64_t maxSize) {
     if (maxSize == 0) return nullptr;
     return reinterpret_cast<unsigned char*>(kfl::detail::allocateArray(maxSize + 1));
 }
-
-// A block that was replaced. It lives as long as the call, whose source may lie in it.
-class Retired {
-  public:
-    explicit Retired(unsigned char* block) : block_(block) {}
-    ~Retired() { delete[] block_; }
-    Retired(const Retired&) = delete;
-    Retired& operator=(const Retired&) = delete;
-
-  private:
-    unsigned char* block_;
-};
 
 // Kept on purpose: how often a one-location operation turns for `count` bytes.
 int oneLocationTurns(unsigned count) { return static_cast<std::int16_t>(count); }
@@ -99,7 +87,7 @@ unsigned Buffer::Read(unsigned char* dest, unsigned count) {
 void Buffer::Unread(unsigned count) { readIndex -= smallerOf(count, readIndex); }
 
 unsigned Buffer::Write(unsigned char* src, unsigned count) {
-    const Retired old(growFor(count));
+    const Retired<unsigned char> old(growFor(count));
     const unsigned k = smallerOf(maxSize - writeCount, count);
     copyBytes(data + writeCount, src, k);
     writeCount += k;
@@ -119,7 +107,7 @@ unsigned Buffer::OneLocationRead(unsigned char* dest, unsigned count) {
 }
 
 unsigned Buffer::OneLocationWrite(unsigned char* src, unsigned count) {
-    const Retired old(growFor(count));
+    const Retired<unsigned char> old(growFor(count));
     const unsigned k = smallerOf(maxSize - writeCount, count);
     const volatile unsigned char* const port = src;
     for (int turn = oneLocationTurns(k); turn > 0; --turn) data[writeCount++] = *port;
@@ -128,7 +116,7 @@ unsigned Buffer::OneLocationWrite(unsigned char* src, unsigned count) {
 
 unsigned Buffer::ReadWrite(Buffer& dest, Buffer& src, unsigned count) {
     const unsigned k = smallerOf(src.unread(), count);
-    const Retired old(dest.growFor(k));
+    const Retired<unsigned char> old(dest.growFor(k));
     const unsigned m = smallerOf(dest.maxSize - dest.writeCount, k);
     copyBytes(dest.data + dest.writeCount, src.data + src.readIndex, m);
     src.readIndex += m;
@@ -139,7 +127,7 @@ unsigned Buffer::ReadWrite(Buffer& dest, Buffer& src, unsigned count) {
 Buffer& Buffer::operator+=(const Buffer& other) {
     const unsigned count = other.writeCount;
     const std::uint64_t needed = std::uint64_t{writeCount} + count;
-    const Retired old(needed > maxSize ? replaceBlock(needed) : nullptr);
+    const Retired<unsigned char> old(needed > maxSize ? replaceBlock(needed) : nullptr);
     copyBytes(data + writeCount, other.data, count);
     writeCount += count;
     return *this;

@@ -1,5 +1,5 @@
-// The library's objects linked with nothing but libc, the C++ language support and the three names that a
-// host supplies: that this program links is the proof that the library needs no more.
+// The library's objects linked with nothing but libc, the C++ language support and the three names
+// that a host supplies: that this program links is the proof that the library needs no more.
 #include "kfl/kfl.h"
 
 const char* applicationName = "closed";
