@@ -13,7 +13,9 @@ set(kfl_public_headers
     IniFileParser.h
     KeyValue.h
     LocalHeap.h
+    OSThread.h
     Protectable.h
+    RandomNumberGenerator.h
     SObject.h
     SObjectArray.h
     StringFormat.h
@@ -24,8 +26,10 @@ set(kfl_public_headers
     VoidPtrStack.h
     export.h
     kfl.h
+    process.h
     sockets.h
     streams.h
+    syslog_events.h
     version.h)
 list(TRANSFORM kfl_public_headers PREPEND ${PROJECT_SOURCE_DIR}/include/kfl/)
 install(FILES ${kfl_public_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kfl COMPONENT development)

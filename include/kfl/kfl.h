@@ -12,7 +12,9 @@
 #include "kfl/IniFileParser.h"
 #include "kfl/KeyValue.h"
 #include "kfl/LocalHeap.h"
+#include "kfl/OSThread.h"
 #include "kfl/Protectable.h"
+#include "kfl/RandomNumberGenerator.h"
 #include "kfl/SObject.h"
 #include "kfl/SObjectArray.h"
 #include "kfl/StringFormat.h"
@@ -22,8 +24,10 @@
 #include "kfl/VoidPtrCollection.h"
 #include "kfl/VoidPtrStack.h"
 #include "kfl/export.h"
+#include "kfl/process.h"
 #include "kfl/sockets.h"
 #include "kfl/streams.h"
+#include "kfl/syslog_events.h"
 #include "kfl/version.h"
 
 #endif
