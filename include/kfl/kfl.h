@@ -9,6 +9,7 @@
 #include "kfl/Host.h"
 #include "kfl/IniFileParser.h"
 #include "kfl/Protectable.h"
+#include "kfl/Rijndael.h"
 #include "kfl/SObject.h"
 #include "kfl/SObjectArray.h"
 #include "kfl/StringFormat.h"
