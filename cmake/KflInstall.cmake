@@ -3,8 +3,29 @@ include(CMakePackageConfigHelpers)
 
 # A written list, so that nothing private slips in.
 set(kfl_public_headers
-    AString.h Buffer.h Collection.h Container.h Host.h IniFileParser.h Protectable.h Rijndael.h SObject.h
-    SObjectArray.h StringFormat.h VoidPtrArray.h VoidPtrCollection.h VoidPtrStack.h export.h kfl.h version.h)
+    AString.h
+    BoundedStringBase.h
+    Buffer.h
+    Collection.h
+    Container.h
+    Host.h
+    IniFileParser.h
+    KeyValue.h
+    LocalHeap.h
+    Protectable.h
+    Rijndael.h
+    SObject.h
+    SObjectArray.h
+    StringFormat.h
+    StringsContainer.h
+    URIParser.h
+    VoidPtrArray.h
+    VoidPtrCollection.h
+    VoidPtrStack.h
+    export.h
+    kfl.h
+    streams.h
+    version.h)
 list(TRANSFORM kfl_public_headers PREPEND ${PROJECT_SOURCE_DIR}/include/kfl/)
 install(FILES ${kfl_public_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kfl COMPONENT development)
 

@@ -5,14 +5,12 @@
 #include <cstring>
 
 #include "core/allocation.h"
+#include "core/copy_bytes.h"
 
 namespace kfl {
 namespace {
 
-// memmove, where nothing may be moved from or to nowhere.
-void copyBytes(char* to, const char* from, std::size_t n) {
-    if (n > 0) std::memmove(to, from, n);
-}
+using detail::copyBytes;
 
 // The elements from `index` on that a request for `n` can have.
 unsigned int available(unsigned int capacity, unsigned int index, unsigned int n) {
@@ -43,7 +41,7 @@ void Container::expandTo(unsigned int n) {
     char* const grown = detail::allocateArray(n, elementSize_);
     const std::size_t total = std::size_t{n} * elementSize_;
     const std::size_t kept = std::size_t{n < capacity_ ? n : capacity_} * elementSize_;
-    copyBytes(grown, data_, kept);
+    if (data_) std::memcpy(grown, data_, kept);
     std::memset(grown + kept, 0, total - kept);
     setData(grown);
     capacity_ = n;

@@ -6,7 +6,7 @@ namespace kfl {
 
 SObjectArray::SObjectArray() : SObjectArray(detail::defaultSlots) {}
 
-SObjectArray::SObjectArray(unsigned int capacity) : Container(capacity, sizeof(SObject*)) {}
+SObjectArray::SObjectArray(unsigned int capacity) : Container(capacity, sizeof(void*)) {}
 
 SObjectArray::~SObjectArray() = default;
 

@@ -29,7 +29,7 @@ Item insert(Container& items, unsigned int& count, unsigned int index, Item item
     slotAt<Item>(items, count) = nullptr;
     const unsigned int pos = index < count ? index : count;
     Item* const slot = slotsOf<Item>(items) + pos;
-    std::memmove(slot + 1, slot, std::size_t{count - pos} * sizeof(Item));
+    std::memmove(slot + 1, slot, std::size_t{count - pos} * sizeof(void*));
     *slot = item;
     ++count;
     return item;
@@ -43,7 +43,7 @@ Item remove(Container& items, unsigned int& count, unsigned int index) {
     if (index >= end) return nullptr;
     Item* const slot = slotsOf<Item>(items) + index;
     const Item item = *slot;
-    std::memmove(slot, slot + 1, std::size_t{end - index - 1} * sizeof(Item));
+    std::memmove(slot, slot + 1, std::size_t{end - index - 1} * sizeof(void*));
     slotsOf<Item>(items)[end - 1] = nullptr;
     return item;
 }

@@ -73,13 +73,10 @@ class Filler {
         line = detail::trimmed(line);
         if (line.empty()) return;
         switch (*line.begin) {
-            case '[':
-                return openSection(headerName(line));
+            case '[': return openSection(headerName(line));
             case ';':
-            case '#':
-                return;
-            default:
-                return storeKey(line);
+            case '#': return;
+            default: return storeKey(line);
         }
     }
 

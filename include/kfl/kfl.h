@@ -3,20 +3,26 @@
 #define KFL_KFL_H
 
 #include "kfl/AString.h"
+#include "kfl/BoundedStringBase.h"
 #include "kfl/Buffer.h"
 #include "kfl/Collection.h"
 #include "kfl/Container.h"
 #include "kfl/Host.h"
 #include "kfl/IniFileParser.h"
+#include "kfl/KeyValue.h"
+#include "kfl/LocalHeap.h"
 #include "kfl/Protectable.h"
 #include "kfl/Rijndael.h"
 #include "kfl/SObject.h"
 #include "kfl/SObjectArray.h"
 #include "kfl/StringFormat.h"
+#include "kfl/StringsContainer.h"
+#include "kfl/URIParser.h"
 #include "kfl/VoidPtrArray.h"
 #include "kfl/VoidPtrCollection.h"
 #include "kfl/VoidPtrStack.h"
 #include "kfl/export.h"
+#include "kfl/streams.h"
 #include "kfl/version.h"
 
 #endif

@@ -1,1 +1,2 @@
-int main() { return 0; }
+#include <cstdio>
+int main() { std::puts("kfl 1.0.0"); }
