@@ -34,3 +34,10 @@ function(kfl_library_flags target)
   # -D_GNU_SOURCE is g++'s default and is said for compilers that leave it out in strict mode.
   target_compile_definitions(${target} PRIVATE _GNU_SOURCE _FILE_OFFSET_BITS=64)
 endfunction()
+
+# A static library with the names that a host supplies. Programs may not use them themselves, and the shared
+# library that does may stand behind it on the link line, where the linker no longer looks back: the name
+# of one of them makes the linker take them all.
+function(kfl_target_always_linked target)
+  target_link_options(${target} INTERFACE LINKER:--undefined=_Z5ParmsPKcz)
+endfunction()
