@@ -16,6 +16,7 @@ set(kfl_public_headers
     OSThread.h
     Protectable.h
     RandomNumberGenerator.h
+    Rijndael.h
     SObject.h
     SObjectArray.h
     StringFormat.h

@@ -15,6 +15,7 @@
 #include "kfl/OSThread.h"
 #include "kfl/Protectable.h"
 #include "kfl/RandomNumberGenerator.h"
+#include "kfl/Rijndael.h"
 #include "kfl/SObject.h"
 #include "kfl/SObjectArray.h"
 #include "kfl/StringFormat.h"
