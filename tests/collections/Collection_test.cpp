@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <string>
 #include <vector>
 
@@ -212,11 +211,11 @@ TEST_F(OrdCollectTest, CollectionsAreItemsToo) {
 
 // What is deleted, and in which order, for lists with nulls at random places.
 TEST_F(OrdCollectTest, FreeContentsAgreesWithAPlainLoop) {
-    std::mt19937 random(seed());
+    Random random;
     for (int round = 0; round < 500; ++round) {
-        std::vector<Tracked*> items(random() % 20);
+        std::vector<Tracked*> items(random.below(20));
         for (Tracked*& item : items) {
-            item = random() % 8 == 0 ? nullptr : object(static_cast<char>('a' + random() % 26));
+            item = random.oneIn(8) ? nullptr : object(static_cast<char>('a' + random.below(26)));
             list.add(item);
         }
         std::size_t left = items.size();

@@ -159,7 +159,7 @@ TEST(ContainerTest, GrowthAllocatesOnceAndFreesTheOldBlock) {
 }
 
 TEST(ContainerTest, ExpandAddsHalfOrTen) {
-    const unsigned int rows[][2] = {{0, 10}, {1, 11}, {2, 3},     {3, 4},
+    const unsigned int rows[][2] = {{0, 10},  {1, 11},  {2, 3},   {3, 4},
                                     {10, 15}, {15, 22}, {22, 33}, {1000, 1500}};
     for (const auto& row : rows) {
         Container container(row[0], 4);

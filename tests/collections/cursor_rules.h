@@ -69,7 +69,9 @@ class Overriding : public Kind::List {
     Item givenItem = nullptr;
 
   private:
-    void noted(const char* call) const { calls_ += calls_.empty() ? call : std::string(" ") + call; }
+    void noted(const char* call) const {
+        calls_ += calls_.empty() ? call : std::string(" ") + call;
+    }
     void noted(const char* call, unsigned int index) const {
         noted((call + std::string("(") + std::to_string(index) + ")").c_str());
     }
@@ -86,6 +88,7 @@ class CursorTest : public testing::Test {
         for (const Item item : {a, b, c}) list.add(item);
         for (const Item item : {a, b, c}) watched.add(item);
         watched.calls();
+        list.start(it);
     }
     void expectAt(unsigned int position, Item current) const {
         EXPECT_EQ(it.position, position);
@@ -106,7 +109,10 @@ class CursorTest : public testing::Test {
 TYPED_TEST_SUITE_P(CursorTest);
 
 TYPED_TEST_P(CursorTest, NewOneStandsOnTheFirstItem) {
-    this->expectAt(0, this->a);
+    const typename TypeParam::Cursor byReference(this->list);
+    EXPECT_EQ(byReference.position, 0U);
+    EXPECT_EQ(byReference.current, this->a);
+    EXPECT_EQ(byReference.collection, &this->list);
     const typename TypeParam::Cursor byPointer(&this->list);
     EXPECT_EQ(byPointer.position, 0U);
     EXPECT_EQ(byPointer.current, this->a);
@@ -260,136 +266,136 @@ TYPED_TEST_P(CursorTest, FirstAndLastGiveTheOutermostItems) {
 }
 
 TYPED_TEST_P(CursorTest, EachOperationCallsItselfAsPromised) {
-    auto& list = this->watched;
-    typename TypeParam::Cursor on(list);
-    EXPECT_EQ(list.calls(), "start");
-    typename TypeParam::Cursor byPointer(&list);
-    EXPECT_EQ(list.calls(), "start");
-    list.first();
-    EXPECT_EQ(list.calls(), "start next");
-    list.last();
-    EXPECT_EQ(list.calls(), "count start end prev");
-    list.end(on), list.next(on), list.prev(on);
-    EXPECT_EQ(list.calls(), "end next prev");
-    list.replaceSame(this->b, this->d);
-    EXPECT_EQ(list.calls(), "indexOfSame idAt(1) replaceAt(1) idAt(1)");
-    list.replaceSame(this->b, this->d);
-    EXPECT_EQ(list.calls(), "indexOfSame idAt(4294967295)") << "asked for an absent item too";
-    list.replaceAt(3, this->d);
-    EXPECT_EQ(list.calls(), "replaceAt(3)");
-    list.removeSame(this->d);
-    EXPECT_EQ(list.calls(), "indexOfSame removeAt(1) count");
-    list.removeSame(this->d);
-    EXPECT_EQ(list.calls(), "indexOfSame");
-    list.add(this->b), list.insertAt(0, this->b), list.findSame(this->b), list.expandTo(2);
-    for (int i = 0; i < 30; ++i) list.add(this->b);
-    EXPECT_EQ(list.calls().substr(0, 36), "add insertAt findSame expandTo add a");
-    TypeParam::forget(list);
-    EXPECT_EQ(list.calls(), "");
+    auto& own = this->watched;
+    typename TypeParam::Cursor on(own);
+    EXPECT_EQ(own.calls(), "start");
+    typename TypeParam::Cursor byPointer(&own);
+    EXPECT_EQ(own.calls(), "start");
+    own.first();
+    EXPECT_EQ(own.calls(), "start next");
+    own.last();
+    EXPECT_EQ(own.calls(), "count start end prev");
+    own.end(on), own.next(on), own.prev(on);
+    EXPECT_EQ(own.calls(), "end next prev");
+    own.replaceSame(this->b, this->d);
+    EXPECT_EQ(own.calls(), "indexOfSame idAt(1) replaceAt(1) idAt(1)");
+    own.replaceSame(this->b, this->d);
+    EXPECT_EQ(own.calls(), "indexOfSame idAt(4294967295)") << "asked for an absent item too";
+    own.replaceAt(3, this->d);
+    EXPECT_EQ(own.calls(), "replaceAt(3)");
+    own.removeSame(this->d);
+    EXPECT_EQ(own.calls(), "indexOfSame removeAt(1) count");
+    own.removeSame(this->d);
+    EXPECT_EQ(own.calls(), "indexOfSame");
+    own.add(this->b), own.insertAt(0, this->b), own.findSame(this->b), own.expandTo(2);
+    for (int i = 0; i < 30; ++i) own.add(this->b);
+    EXPECT_EQ(own.calls().substr(0, 36), "add insertAt findSame expandTo add a");
+    TypeParam::forget(own);
+    EXPECT_EQ(own.calls(), "");
 }
 
 TYPED_TEST_P(CursorTest, AnEmptyCollectionCallsItselfAsPromised) {
-    auto& list = this->nothing;
-    typename TypeParam::Cursor on(list);
-    list.calls();
-    list.end(on);
-    EXPECT_EQ(list.calls(), "end start");
-    list.last();
-    EXPECT_EQ(list.calls(), "count");
-    list.first();
-    EXPECT_EQ(list.calls(), "start next");
+    auto& own = this->nothing;
+    typename TypeParam::Cursor on(own);
+    own.calls();
+    own.end(on);
+    EXPECT_EQ(own.calls(), "end start");
+    own.last();
+    EXPECT_EQ(own.calls(), "count");
+    own.first();
+    EXPECT_EQ(own.calls(), "start next");
 }
 
 TYPED_TEST_P(CursorTest, AnOverriddenCountBoundsRemoveAtAndLast) {
-    auto& list = this->watched;
-    list.countGiven = true;
-    EXPECT_EQ(list.removeAt(0), nullptr);
-    EXPECT_EQ(list.last(), nullptr);
-    list.givenCount = 1;
-    EXPECT_EQ(list.removeAt(1), nullptr);
-    EXPECT_EQ(list.last(), this->c) << "end goes by the items stored";
-    EXPECT_EQ(list.removeSame(this->c), nullptr);
-    EXPECT_EQ(list.idAt(2), this->c) << "nothing else asks for the count";
-    EXPECT_EQ(list.removeAt(0), this->a);
+    auto& own = this->watched;
+    own.countGiven = true;
+    EXPECT_EQ(own.removeAt(0), nullptr);
+    EXPECT_EQ(own.last(), nullptr);
+    own.givenCount = 1;
+    EXPECT_EQ(own.removeAt(1), nullptr);
+    EXPECT_EQ(own.last(), this->c) << "end goes by the items stored";
+    EXPECT_EQ(own.removeSame(this->c), nullptr);
+    EXPECT_EQ(own.idAt(2), this->c) << "nothing else asks for the count";
+    EXPECT_EQ(own.removeAt(0), this->a);
 }
 
 TYPED_TEST_P(CursorTest, AnOverriddenCountBeyondTheItemsRemovesTheLastOne) {
-    auto& list = this->watched;
-    list.countGiven = true;
-    list.givenCount = 100;
-    EXPECT_EQ(list.removeAt(5), nullptr);
-    list.countGiven = false;
-    EXPECT_EQ(list.count(), 2U);
-    EXPECT_EQ(list.idAt(1), this->b);
-    EXPECT_EQ(list.data()[2], nullptr);
-    list.countGiven = true;
-    EXPECT_EQ(list.removeAt(50), nullptr) << "past the capacity as well";
-    EXPECT_EQ(list.removeAt(0), this->a);
-    EXPECT_EQ(list.removeAt(0), nullptr);
-    EXPECT_EQ(list.removeAt(7), nullptr);
-    list.countGiven = false;
-    EXPECT_EQ(list.count(), 0U) << "an empty one stays empty";
+    auto& own = this->watched;
+    own.countGiven = true;
+    own.givenCount = 100;
+    EXPECT_EQ(own.removeAt(5), nullptr);
+    own.countGiven = false;
+    EXPECT_EQ(own.count(), 2U);
+    EXPECT_EQ(own.idAt(1), this->b);
+    EXPECT_EQ(own.data()[2], nullptr);
+    own.countGiven = true;
+    EXPECT_EQ(own.removeAt(50), nullptr) << "past the capacity as well";
+    EXPECT_EQ(own.removeAt(0), this->a);
+    EXPECT_EQ(own.removeAt(0), nullptr);
+    EXPECT_EQ(own.removeAt(7), nullptr);
+    own.countGiven = false;
+    EXPECT_EQ(own.count(), 0U) << "an empty one stays empty";
 }
 
 TYPED_TEST_P(CursorTest, AnOverriddenIndexOfSameLeadsRemoveSameAndReplaceSame) {
-    auto& list = this->watched;
-    list.indexGiven = true;
-    list.givenIndex = 2;
-    EXPECT_EQ(list.replaceSame(this->a, this->d), this->c);
-    EXPECT_EQ(list.idAt(2), this->d);
-    list.givenIndex = 1;
-    EXPECT_EQ(list.removeSame(nullptr), this->b);
-    list.givenIndex = -5;
-    EXPECT_EQ(list.removeSame(this->a), nullptr);
-    list.calls();
-    EXPECT_EQ(list.replaceSame(this->a, this->b), nullptr);
-    EXPECT_EQ(list.calls(), "indexOfSame idAt(4294967291)");
-    EXPECT_EQ(list.findSame(this->a), this->a) << "findSame does not ask it";
+    auto& own = this->watched;
+    own.indexGiven = true;
+    own.givenIndex = 2;
+    EXPECT_EQ(own.replaceSame(this->a, this->d), this->c);
+    EXPECT_EQ(own.idAt(2), this->d);
+    own.givenIndex = 1;
+    EXPECT_EQ(own.removeSame(nullptr), this->b);
+    own.givenIndex = -5;
+    EXPECT_EQ(own.removeSame(this->a), nullptr);
+    own.calls();
+    EXPECT_EQ(own.replaceSame(this->a, this->b), nullptr);
+    EXPECT_EQ(own.calls(), "indexOfSame idAt(4294967291)");
+    EXPECT_EQ(own.findSame(this->a), this->a) << "findSame does not ask it";
 }
 
 TYPED_TEST_P(CursorTest, AnOverriddenIdAtAnswersForReplaceAtAndReplaceSame) {
-    auto& list = this->watched;
-    list.itemGiven = true;
-    list.givenItem = this->d;
-    EXPECT_EQ(list.replaceAt(0, this->b), this->d);
-    EXPECT_EQ(list.data()[0], this->b);
-    EXPECT_EQ(list.replaceSame(this->c, this->a), this->d);
-    EXPECT_EQ(list.data()[2], this->a);
-    EXPECT_EQ(list.replaceSame(thing(0), this->a), this->d) << "also for an absent item";
-    EXPECT_EQ(list.replaceAt(3, this->a), nullptr) << "not asked past the end";
-    EXPECT_EQ(list.removeAt(0), this->b) << "removal reads the slot";
-    EXPECT_EQ(list.first(), this->b) << "so does the cursor";
-    EXPECT_EQ(list.last(), this->a);
+    auto& own = this->watched;
+    own.itemGiven = true;
+    own.givenItem = this->d;
+    EXPECT_EQ(own.replaceAt(0, this->b), this->d);
+    EXPECT_EQ(own.data()[0], this->b);
+    EXPECT_EQ(own.replaceSame(this->c, this->a), this->d);
+    EXPECT_EQ(own.data()[2], this->a);
+    EXPECT_EQ(own.replaceSame(thing(0), this->a), this->d) << "also for an absent item";
+    EXPECT_EQ(own.replaceAt(3, this->a), nullptr) << "not asked past the end";
+    EXPECT_EQ(own.removeAt(0), this->b) << "removal reads the slot";
+    EXPECT_EQ(own.first(), this->b) << "so does the cursor";
+    EXPECT_EQ(own.last(), this->a);
 }
 
 TYPED_TEST_P(CursorTest, AnOverriddenRemoveAtDoesTheWorkOfRemoveSame) {
-    auto& list = this->watched;
-    list.removeGiven = true;
-    list.givenRemoved = this->d;
-    EXPECT_EQ(list.removeSame(this->b), this->d);
-    EXPECT_EQ(list.count(), 3U);
-    EXPECT_EQ(list.removeSame(this->d), nullptr);
+    auto& own = this->watched;
+    own.removeGiven = true;
+    own.givenRemoved = this->d;
+    EXPECT_EQ(own.removeSame(this->b), this->d);
+    EXPECT_EQ(own.count(), 3U);
+    EXPECT_EQ(own.removeSame(this->d), nullptr);
 }
 
 TYPED_TEST_P(CursorTest, AnOverriddenReplaceAtDoesTheWorkOfReplaceSame) {
-    auto& list = this->watched;
-    list.replaceGiven = true;
-    EXPECT_EQ(list.replaceSame(this->b, this->d), this->b) << "the result is idAt's";
-    EXPECT_EQ(list.idAt(1), this->b);
+    auto& own = this->watched;
+    own.replaceGiven = true;
+    EXPECT_EQ(own.replaceSame(this->b, this->d), this->b) << "the result is idAt's";
+    EXPECT_EQ(own.idAt(1), this->b);
 }
 
 TYPED_TEST_P(CursorTest, AnOverriddenStartLeadsFirstAndAnEmptyEnd) {
-    auto& list = this->watched;
-    list.startGiven = true;
-    list.givenStart = this->d;
-    EXPECT_EQ(list.first(), this->d);
-    EXPECT_EQ(list.last(), this->c);
-    typename TypeParam::Cursor on(list);
+    auto& own = this->watched;
+    own.startGiven = true;
+    own.givenStart = this->d;
+    EXPECT_EQ(own.first(), this->d);
+    EXPECT_EQ(own.last(), this->c);
+    typename TypeParam::Cursor on(own);
     EXPECT_EQ(on.current, this->d);
-    EXPECT_EQ(list.next(on), this->d);
+    EXPECT_EQ(own.next(on), this->d);
     EXPECT_EQ(on.current, this->c) << "the override stands at position 1";
-    TypeParam::forget(list);
-    EXPECT_EQ(list.end(on), this->d);
+    TypeParam::forget(own);
+    EXPECT_EQ(own.end(on), this->d);
     EXPECT_EQ(on.position, 1U);
 }
 
@@ -405,9 +411,8 @@ REGISTER_TYPED_TEST_SUITE_P(
     EachOperationCallsItselfAsPromised, AnEmptyCollectionCallsItselfAsPromised,
     AnOverriddenCountBoundsRemoveAtAndLast, AnOverriddenCountBeyondTheItemsRemovesTheLastOne,
     AnOverriddenIndexOfSameLeadsRemoveSameAndReplaceSame,
-    AnOverriddenIdAtAnswersForReplaceAtAndReplaceSame,
-    AnOverriddenRemoveAtDoesTheWorkOfRemoveSame, AnOverriddenReplaceAtDoesTheWorkOfReplaceSame,
-    AnOverriddenStartLeadsFirstAndAnEmptyEnd);
+    AnOverriddenIdAtAnswersForReplaceAtAndReplaceSame, AnOverriddenRemoveAtDoesTheWorkOfRemoveSame,
+    AnOverriddenReplaceAtDoesTheWorkOfReplaceSame, AnOverriddenStartLeadsFirstAndAnEmptyEnd);
 
 }  // namespace kfl_test
 

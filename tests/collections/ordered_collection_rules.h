@@ -104,8 +104,7 @@ TYPED_TEST_P(OrderedCollectionTest, AddAppendsAndReturnsTheItem) {
     EXPECT_EQ(this->empty.add(this->b), this->b);
     EXPECT_EQ(this->empty.add(this->a), this->a);
     EXPECT_EQ(this->empty.add(this->b), this->b);
-    EXPECT_EQ(this->itemsOf(this->empty),
-              (typename TestFixture::Items{this->b, this->a, this->b}));
+    EXPECT_EQ(this->itemsOf(this->empty), (typename TestFixture::Items{this->b, this->a, this->b}));
 }
 
 TYPED_TEST_P(OrderedCollectionTest, AppendsGrowByHalf) {
@@ -159,11 +158,11 @@ TYPED_TEST_P(OrderedCollectionTest, NothingButGrowthTouchesTheAllocator) {
 }
 
 TYPED_TEST_P(OrderedCollectionTest, InsertPutsTheItemBeforeTheIndex) {
-    using Items = typename std::vector<typename TypeParam::Item>;
-    const Items expected[] = {{this->d, this->a, this->b, this->c},
-                              {this->a, this->d, this->b, this->c},
-                              {this->a, this->b, this->d, this->c},
-                              {this->a, this->b, this->c, this->d}};
+    using Sequence = typename std::vector<typename TypeParam::Item>;
+    const Sequence expected[] = {{this->d, this->a, this->b, this->c},
+                                 {this->a, this->d, this->b, this->c},
+                                 {this->a, this->b, this->d, this->c},
+                                 {this->a, this->b, this->c, this->d}};
     for (unsigned int index = 0; index < 4; ++index) {
         EXPECT_EQ(this->abc.insertAt(index, this->d), this->d);
         EXPECT_EQ(this->itemsOf(this->abc), expected[index]);
@@ -227,8 +226,7 @@ TYPED_TEST_P(OrderedCollectionTest, IndexesPastTheEndGiveNullAndChangeNothing) {
 TYPED_TEST_P(OrderedCollectionTest, RemoveSameTakesTheFirstOccurrenceOnly) {
     this->abc.add(this->a);
     EXPECT_EQ(this->abc.removeSame(this->a), this->a);
-    EXPECT_EQ(this->itemsOf(this->abc),
-              (typename TestFixture::Items{this->b, this->c, this->a}));
+    EXPECT_EQ(this->itemsOf(this->abc), (typename TestFixture::Items{this->b, this->c, this->a}));
     EXPECT_EQ(this->abc.removeSame(this->a), this->a);
     EXPECT_EQ(this->abc.removeSame(this->a), nullptr);
     EXPECT_EQ(this->abc.removeSame(nullptr), nullptr);
@@ -237,8 +235,7 @@ TYPED_TEST_P(OrderedCollectionTest, RemoveSameTakesTheFirstOccurrenceOnly) {
 
 TYPED_TEST_P(OrderedCollectionTest, ReplaceAtReturnsTheFormerItem) {
     EXPECT_EQ(this->abc.replaceAt(1, this->d), this->b);
-    EXPECT_EQ(this->itemsOf(this->abc),
-              (typename TestFixture::Items{this->a, this->d, this->c}));
+    EXPECT_EQ(this->itemsOf(this->abc), (typename TestFixture::Items{this->a, this->d, this->c}));
     EXPECT_EQ(this->abc.replaceAt(1, nullptr), this->d);
     EXPECT_EQ(this->abc.replaceAt(1, this->b), nullptr) << "a null stood there";
     EXPECT_EQ(this->abc.idAt(1), this->b);
@@ -304,8 +301,7 @@ TYPED_TEST_P(OrderedCollectionTest, ExpandToSetsTheCapacityExactly) {
     EXPECT_EQ(this->abc.capacity(), 37U);
     this->abc.expandTo(3);
     EXPECT_EQ(this->abc.capacity(), 3U);
-    EXPECT_EQ(this->itemsOf(this->abc),
-              (typename TestFixture::Items{this->a, this->b, this->c}));
+    EXPECT_EQ(this->itemsOf(this->abc), (typename TestFixture::Items{this->a, this->b, this->c}));
     this->abc.add(this->d);
     EXPECT_EQ(this->abc.capacity(), 4U) << "half of three is one";
 }
@@ -313,8 +309,7 @@ TYPED_TEST_P(OrderedCollectionTest, ExpandToSetsTheCapacityExactly) {
 TYPED_TEST_P(OrderedCollectionTest, ShrinkingBelowTheCountLeavesTheCount) {
     this->abc.expandTo(1);
     EXPECT_EQ(this->abc.capacity(), 1U);
-    EXPECT_EQ(this->itemsOf(this->abc),
-              (typename TestFixture::Items{this->a, nullptr, nullptr}));
+    EXPECT_EQ(this->itemsOf(this->abc), (typename TestFixture::Items{this->a, nullptr, nullptr}));
     EXPECT_EQ(this->abc.last(), nullptr);
     EXPECT_EQ(this->abc.indexOfSame(this->c), -1);
     typename TypeParam::Cursor it(this->abc);
@@ -328,27 +323,27 @@ TYPED_TEST_P(OrderedCollectionTest, ShrinkingBelowTheCountLeavesTheCount) {
 }
 
 TYPED_TEST_P(OrderedCollectionTest, AShrunkOneGrowsToWhatAWriteNeeds) {
-    using Items = typename std::vector<typename TypeParam::Item>;
-    const auto a = this->a;
-    const auto d = this->d;
+    using Sequence = typename std::vector<typename TypeParam::Item>;
+    const auto x = this->a;
+    const auto y = this->d;
     struct Row {
         const char* name;
         void (*write)(typename TypeParam::List&, typename TypeParam::Item);
-        Items slots;
+        Sequence slots;
     };
     const Row rows[] = {
-        {"add", [](auto& list, auto item) { list.add(item); }, {a, nullptr, nullptr, d}},
-        {"insert", [](auto& list, auto item) { list.insertAt(0, item); }, {d, a, nullptr, nullptr}},
-        {"append", [](auto& list, auto item) { list.insertAt(9, item); }, {a, nullptr, nullptr, d}},
-        {"replace", [](auto& list, auto item) { list.replaceAt(2, item); }, {a, nullptr, d}},
-        {"remove", [](auto& list, auto) { list.removeAt(2); }, {a}},
+        {"add", [](auto& list, auto item) { list.add(item); }, {x, nullptr, nullptr, y}},
+        {"insert", [](auto& list, auto item) { list.insertAt(0, item); }, {y, x, nullptr, nullptr}},
+        {"append", [](auto& list, auto item) { list.insertAt(9, item); }, {x, nullptr, nullptr, y}},
+        {"replace", [](auto& list, auto item) { list.replaceAt(2, item); }, {x, nullptr, y}},
+        {"remove", [](auto& list, auto) { list.removeAt(2); }, {x}},
         {"remove first", [](auto& list, auto) { list.removeAt(0); }, {nullptr}},
     };
     for (const Row& row : rows) {
         typename TypeParam::List list;
-        list.add(a), list.add(this->b), list.add(this->c);
+        list.add(x), list.add(this->b), list.add(this->c);
         list.expandTo(1);
-        row.write(list, d);
+        row.write(list, y);
         EXPECT_EQ(this->slotsOf(list), row.slots) << row.name;
     }
 }
@@ -379,8 +374,7 @@ TYPED_TEST_P(OrderedCollectionTest, HugeCapacitiesAreRefusedAsAllocationsAre) {
     EXPECT_TRUE(refuses([this] { this->abc.expandTo(UINT_MAX); }));
     EXPECT_TRUE(refuses([this] { this->abc.expandTo(0x40000000U); }));
     EXPECT_TRUE(refuses([] { const L huge(UINT_MAX); }));
-    EXPECT_EQ(this->itemsOf(this->abc),
-              (typename TestFixture::Items{this->a, this->b, this->c}));
+    EXPECT_EQ(this->itemsOf(this->abc), (typename TestFixture::Items{this->a, this->b, this->c}));
     EXPECT_EQ(this->abc.capacity(), 10U);
 }
 
