@@ -166,8 +166,7 @@ void encryptText(const Text& text, const State& state, int mode) {
             return encryptChained<Cbc, Columns>(text, state.encryptKeys, state.chain);
         case Rijndael::modeCFB:
             return encryptChained<Cfb, Columns>(text, state.encryptKeys, state.chain);
-        default:
-            return transformText<Enciphering, Columns>(text, state.encryptKeys);
+        default: return transformText<Enciphering, Columns>(text, state.encryptKeys);
     }
 }
 
@@ -178,8 +177,7 @@ void decryptText(const Text& text, const State& state, int mode) {
             return decryptChained<Cbc, Columns>(text, state.decryptKeys, state.chain);
         case Rijndael::modeCFB:
             return decryptChained<Cfb, Columns>(text, state.encryptKeys, state.chain);
-        default:
-            return transformText<Deciphering, Columns>(text, state.decryptKeys);
+        default: return transformText<Deciphering, Columns>(text, state.decryptKeys);
     }
 }
 

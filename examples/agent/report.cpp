@@ -11,14 +11,10 @@ using Cell = char[64];
 
 const char* nameOf(Kind kind) {
     switch (kind) {
-        case Kind::text:
-            return "text";
-        case Kind::number:
-            return "number";
-        case Kind::decimal:
-            return "decimal";
-        case Kind::onOff:
-            return "on/off";
+        case Kind::text: return "text";
+        case Kind::number: return "number";
+        case Kind::decimal: return "decimal";
+        case Kind::onOff: return "on/off";
     }
     return "?";
 }

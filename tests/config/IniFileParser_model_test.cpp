@@ -75,12 +75,9 @@ class FileWriter {
             case 1:
                 return edge() + '[' + edge() + name() + (random_.oneIn(5) ? noise(3) : "") +
                        (random_.oneIn(5) ? "" : "]") + (random_.oneIn(5) ? noise(6) : edge());
-            case 2:
-                return edge() + (random_.oneIn(2) ? ';' : '#') + name() + '=' + value();
-            case 3:
-                return noise(40);
-            case 4:
-                return longLine();
+            case 2: return edge() + (random_.oneIn(2) ? ';' : '#') + name() + '=' + value();
+            case 3: return noise(40);
+            case 4: return longLine();
             default:
                 return edge() + name() + edge() + (random_.oneIn(2) ? '=' : ':') + edge() +
                        value() + edge();
@@ -190,12 +187,8 @@ TEST_F(IniFileParserModelTest, AnswersGeneratedCallsAsTheSimpleReaderDoes) {
                         readBoth(parser, model, folder.write("generated.ini", bytes), bytes));
                     break;
                 }
-                case 1:
-                    parser.flags = model.flags = random.below(8);
-                    break;
-                case 2:
-                    parser.modified = model.modified = false;
-                    break;
+                case 1: parser.flags = model.flags = random.below(8); break;
+                case 2: parser.modified = model.modified = false; break;
                 case 3:
                     ASSERT_EQ(parser.createSection(section.c_str()) != nullptr,
                               model.createSection(section) != SimpleIniReader::none);
@@ -205,8 +198,7 @@ TEST_F(IniFileParserModelTest, AnswersGeneratedCallsAsTheSimpleReaderDoes) {
                     ASSERT_EQ(parser.setValue(key.c_str(), value.c_str(), section.c_str()),
                               model.setValue(key, value, section));
                     break;
-                default:
-                    ASSERT_NO_FATAL_FAILURE(compareLookups(parser, model, key, section));
+                default: ASSERT_NO_FATAL_FAILURE(compareLookups(parser, model, key, section));
             }
             ASSERT_EQ(contentOf(parser), contentOf(model)) << "step " << step;
         }

@@ -41,19 +41,13 @@ void printAll(const kfl::IniFileParser& parser) {
 
 void printValue(kfl::IniFileParser& parser, const char* section, const char* key, Form form) {
     switch (form) {
-        case asText:
-            std::puts(parser.getValue(key, section));
-            break;
-        case asInt:
-            std::printf("%d\n", parser.getInt(key, section));
-            break;
+        case asText: std::puts(parser.getValue(key, section)); break;
+        case asInt: std::printf("%d\n", parser.getInt(key, section)); break;
         case asFloat:
             // Nine digits tell any two floats apart.
             std::printf("%.9g\n", static_cast<double>(parser.getFloat(key, section)));
             break;
-        case asBool:
-            std::puts(parser.getBool(key, section) ? "true" : "false");
-            break;
+        case asBool: std::puts(parser.getBool(key, section) ? "true" : "false"); break;
     }
 }
 

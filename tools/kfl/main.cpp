@@ -72,16 +72,10 @@ bool answerOptions(int count, char** words) {
     char title[] = "kfl";
     words[0] = title;
     switch (getopt_long(count, words, "+hV", options, nullptr)) {
-        case -1:
-            return false;
-        case 'h':
-            printHelp();
-            return true;
-        case 'V':
-            std::puts("kfl " KFL_VERSION_STRING);
-            return true;
-        default:
-            endForWrongUsage();
+        case -1: return false;
+        case 'h': printHelp(); return true;
+        case 'V': std::puts("kfl " KFL_VERSION_STRING); return true;
+        default: endForWrongUsage();
     }
 }
 
