@@ -65,4 +65,12 @@ TEST_F(IniFileParserLookupTest, NamesThatDifferFurtherOnAreCompared) {
     EXPECT_EQ(comparisons, 1);
 }
 
+// Which of these are letters of one another is the locale's business.
+TEST_F(IniFileParserLookupTest, StartsAbove127AreLeftToTheComparison) {
+    ASSERT_NE(parser.createSection("\xA1 name"), nullptr);
+    comparisons = 0;
+    parser.getSection("\xB1 name");
+    EXPECT_EQ(comparisons, 1);
+}
+
 }  // namespace
