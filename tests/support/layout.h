@@ -1,7 +1,8 @@
 // Looks at objects of the library as a host does that was compiled long ago: it knows byte offsets,
 // slots of virtual tables and mangled names, and nothing else.
 //
-// Programs that use it link ${CMAKE_DL_LIBS}.
+// Programs that use it link ${CMAKE_DL_LIBS}, and the library with --no-as-needed: the linker sees
+// no use of it where all names are looked up at run time.
 #ifndef KFL_TESTS_LAYOUT_H
 #define KFL_TESTS_LAYOUT_H
 
@@ -85,6 +86,20 @@ inline void expectTable(const void* object, std::ptrdiff_t toTop, const char* ty
     for (std::size_t slot = 0; slot < functions.size(); ++slot) {
         EXPECT_EQ(slotOf(object, slot), exported(functions[slot]))
             << "slot " << slot << " is not " << functions[slot];
+    }
+}
+
+// The same for an abstract class, which has no objects of its own and whose table serves only while
+// a subclass is made: two slots for the destructors, whatever the compiler put there, and then as
+// many operations that a subclass must supply.
+inline void expectAbstractTable(const char* table, const char* typeInformation,
+                                std::size_t operations) {
+    const unsigned char* const start = static_cast<unsigned char*>(exported(table));
+    EXPECT_EQ(fieldAt<std::ptrdiff_t>(start, 0), 0);
+    EXPECT_EQ(pointerAt(start, pointerSize), exported(typeInformation)) << typeInformation;
+    for (std::size_t i = 0; i < operations; ++i) {
+        EXPECT_EQ(pointerAt(start, (4 + i) * pointerSize), exported("__cxa_pure_virtual"))
+            << "slot " << 2 + i << " of " << table;
     }
 }
 
