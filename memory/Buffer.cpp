@@ -20,6 +20,28 @@ unsigned char* newBlock(std::uint64_t maxSize) {
     return reinterpret_cast<unsigned char*>(kfl::detail::allocateArray(maxSize + 1));
 }
 
+// Moves the `written` bytes of a block to one of `newMaxSize` bytes; returns the old one.
+unsigned char* replaceBlock(unsigned char*& data, unsigned& maxSize, unsigned written,
+                            std::uint64_t newMaxSize) {
+    unsigned char* const block = newBlock(newMaxSize);
+    copyBytes(block, data, written);
+    unsigned char* const old = data;
+    data = block;
+    maxSize = static_cast<unsigned>(newMaxSize);
+    return old;
+}
+
+// Grows a block for `count` more bytes where they do not fit and growth is allowed; returns the one
+// that is no longer needed, or null.
+unsigned char* growFor(unsigned char*& data, unsigned& maxSize, unsigned increment,
+                       unsigned written, unsigned count) {
+    const std::uint64_t needed = std::uint64_t{written} + count;
+    if (needed <= maxSize || increment == 0) return nullptr;
+    // Kept on purpose: the remainder, not the quotient, so the block may still be too small.
+    const std::uint64_t steps = (needed - maxSize) % increment + 1;
+    return replaceBlock(data, maxSize, written, maxSize + steps * increment);
+}
+
 // A block that was replaced. It lives as long as the call, whose source may lie in it.
 class Retired {
   public:
@@ -99,7 +121,7 @@ unsigned Buffer::Read(unsigned char* dest, unsigned count) {
 void Buffer::Unread(unsigned count) { readIndex -= smallerOf(count, readIndex); }
 
 unsigned Buffer::Write(unsigned char* src, unsigned count) {
-    const Retired old(growFor(count));
+    const Retired old(growFor(data, maxSize, increment, writeCount, count));
     const unsigned k = smallerOf(maxSize - writeCount, count);
     copyBytes(data + writeCount, src, k);
     writeCount += k;
@@ -119,7 +141,7 @@ unsigned Buffer::OneLocationRead(unsigned char* dest, unsigned count) {
 }
 
 unsigned Buffer::OneLocationWrite(unsigned char* src, unsigned count) {
-    const Retired old(growFor(count));
+    const Retired old(growFor(data, maxSize, increment, writeCount, count));
     const unsigned k = smallerOf(maxSize - writeCount, count);
     const volatile unsigned char* const port = src;
     for (int turn = oneLocationTurns(k); turn > 0; --turn) data[writeCount++] = *port;
@@ -128,7 +150,7 @@ unsigned Buffer::OneLocationWrite(unsigned char* src, unsigned count) {
 
 unsigned Buffer::ReadWrite(Buffer& dest, Buffer& src, unsigned count) {
     const unsigned k = smallerOf(src.unread(), count);
-    const Retired old(dest.growFor(k));
+    const Retired old(growFor(dest.data, dest.maxSize, dest.increment, dest.writeCount, k));
     const unsigned m = smallerOf(dest.maxSize - dest.writeCount, k);
     copyBytes(dest.data + dest.writeCount, src.data + src.readIndex, m);
     src.readIndex += m;
@@ -139,7 +161,7 @@ unsigned Buffer::ReadWrite(Buffer& dest, Buffer& src, unsigned count) {
 Buffer& Buffer::operator+=(const Buffer& other) {
     const unsigned count = other.writeCount;
     const std::uint64_t needed = std::uint64_t{writeCount} + count;
-    const Retired old(needed > maxSize ? replaceBlock(needed) : nullptr);
+    const Retired old(needed > maxSize ? replaceBlock(data, maxSize, writeCount, needed) : nullptr);
     copyBytes(data + writeCount, other.data, count);
     writeCount += count;
     return *this;
@@ -158,24 +180,4 @@ unsigned Buffer::MaxSize() { return maxSize; }
 
 void Buffer::SetWriteCount(unsigned count) {
     if (count <= maxSize) writeCount = count;
-}
-
-// Grows for `count` more bytes where they do not fit and growth is allowed; returns the block that
-// is no longer needed, or null.
-unsigned char* Buffer::growFor(unsigned count) {
-    const std::uint64_t needed = std::uint64_t{writeCount} + count;
-    if (needed <= maxSize || increment == 0) return nullptr;
-    // Kept on purpose: the remainder, not the quotient, so the block may still be too small.
-    const std::uint64_t steps = (needed - maxSize) % increment + 1;
-    return replaceBlock(maxSize + steps * increment);
-}
-
-// Moves the written bytes to a block of that size; returns the old one.
-unsigned char* Buffer::replaceBlock(unsigned long long newMaxSize) {
-    unsigned char* const block = newBlock(newMaxSize);
-    copyBytes(block, data, writeCount);
-    unsigned char* const old = data;
-    data = block;
-    maxSize = static_cast<unsigned>(newMaxSize);
-    return old;
 }

@@ -22,6 +22,11 @@ void* readWord(const void* place) {
 
 void writeWord(void* place, void* word) { std::memcpy(place, &word, wordSize); }
 
+// The first slot of a pool of that many blocks; null where there are none.
+char* firstSlot(void* pool, unsigned blocks) {
+    return blocks > 0 ? static_cast<char*>(pool) + wordSize : nullptr;
+}
+
 }  // namespace
 
 LocalHeap::LocalHeap(unsigned blocksPerPool_, unsigned blockSize_,
@@ -47,7 +52,7 @@ LocalHeap::~LocalHeap() {
 
 void LocalHeap::initialize() {
     firstPool = lastPool = createPool();
-    if (firstPool) freeList = firstSlot(firstPool);
+    if (firstPool) freeList = firstSlot(firstPool, blocksPerPool);
 }
 
 void* LocalHeap::createPool() {
@@ -58,7 +63,7 @@ void* LocalHeap::createPool() {
     if (!pool) return nullptr;
 
     writeWord(pool, nullptr);
-    char* slot = firstSlot(pool);
+    char* slot = firstSlot(pool, blocksPerPool);
     for (unsigned i = 1; i < blocksPerPool; ++i, slot += stride) writeWord(slot, slot + stride);
     if (slot) writeWord(slot, nullptr);
     return pool;
@@ -75,7 +80,7 @@ void* LocalHeap::allocateBlock(unsigned size) {
         if (void* const pool = createPool()) {
             writeWord(lastPool, pool);
             lastPool = pool;
-            freeList = firstSlot(pool);
+            freeList = firstSlot(pool, blocksPerPool);
         }
     }
     if (!freeList) kfl::detail::haltForever();
@@ -91,9 +96,4 @@ void LocalHeap::deallocateBlock(void* block, unsigned size) {
     writeWord(slot, freeList);
     freeList = slot;
     --blocksInUse;
-}
-
-// The first slot of a pool; null where there are none.
-char* LocalHeap::firstSlot(void* pool) const {
-    return blocksPerPool > 0 ? static_cast<char*>(pool) + wordSize : nullptr;
 }
