@@ -51,7 +51,7 @@ class Stream {
   public:
     explicit Stream(std::string_view text = {}) : file_(std::tmpfile()) {
         if (!file_) std::perror("tmpfile");
-        std::fwrite(text.data(), 1, text.size(), file_);
+        if (!text.empty()) std::fwrite(text.data(), 1, text.size(), file_);
         std::rewind(file_);
     }
     ~Stream() { std::fclose(file_); }
