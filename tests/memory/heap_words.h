@@ -26,7 +26,7 @@ inline char* headerOf(void* block) { return moved(block, -static_cast<int>(wordS
 
 // The i-th block of a pool.
 inline char* blockOf(void* pool, unsigned i, unsigned blockSize) {
-    return moved(pool, 2 * wordSize + std::ptrdiff_t{i} * (blockSize + wordSize));
+    return moved(pool, static_cast<std::ptrdiff_t>(2 * wordSize + i * (blockSize + wordSize)));
 }
 
 inline std::vector<void*> take(LocalHeap& heap, unsigned count, unsigned size) {
