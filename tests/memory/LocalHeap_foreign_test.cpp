@@ -84,7 +84,7 @@ TEST_F(LocalHeapForeignTest, AForeignBlockIsReleasedAndLinkedAllTheSame) {
     EXPECT_EQ(wordAtPlace(headerOf(foreign)), kfl_test::moved(own, 16))
         << "its header must lead to the rest of the pool";
     EXPECT_EQ(allocate(16), foreign);
-    EXPECT_EQ(allocate(16), kfl_test::moved(own, 16 + static_cast<int>(kfl_test::wordSize)));
+    EXPECT_EQ(allocate(16), kfl_test::moved(own, 16 + kfl_test::wordSize));
     EXPECT_EQ(heap.inUse(), 2U);
 }
 
@@ -114,7 +114,7 @@ TEST_F(LocalHeapForeignTest, TheFirstPoolTakesThePlaceOfAForeignFreeList) {
     deallocate(foreign, 20);
     void* const first = allocate(16);
     EXPECT_NE(first, foreign);
-    EXPECT_EQ(allocate(16), kfl_test::moved(first, 16 + static_cast<int>(kfl_test::wordSize)));
+    EXPECT_EQ(allocate(16), kfl_test::moved(first, 16 + kfl_test::wordSize));
 }
 
 }  // namespace

@@ -18,14 +18,14 @@ using kfl_test::Random;
 class Model {
   public:
     Model(unsigned blocksPerPool, unsigned blockSize)
-        : blocksPerPool_(blocksPerPool),
-          stride_(static_cast<std::ptrdiff_t>(blockSize) + kfl_test::wordSize) {}
+        : blocksPerPool_(static_cast<int>(blocksPerPool)),
+          stride_(static_cast<int>(blockSize) + kfl_test::wordSize) {}
 
     bool needsPool() const { return free_.empty(); }
     // A pool has been made; its first block is known by now.
     void addPool(char* first) {
         pools_.push_back(first);
-        for (unsigned i = blocksPerPool_; i-- > 0;) free_.push_back(first + i * stride_);
+        for (int i = blocksPerPool_; i-- > 0;) free_.push_back(first + i * stride_);
     }
     char* take() {
         char* const block = free_.back();
@@ -42,12 +42,10 @@ class Model {
     }
 
   private:
-    void* poolAt(std::size_t i) const {
-        return pools_[i] - 2 * static_cast<std::ptrdiff_t>(kfl_test::wordSize);
-    }
+    void* poolAt(std::size_t i) const { return pools_[i] - 2 * kfl_test::wordSize; }
 
-    unsigned blocksPerPool_;
-    std::ptrdiff_t stride_;
+    int blocksPerPool_;
+    int stride_;
     std::vector<char*> free_;
     std::vector<char*> pools_;
 };

@@ -54,7 +54,9 @@ namespace {
 using kfl_test::blockOf;
 using kfl_test::HaltingCall;
 using kfl_test::take;
-using kfl_test::wordSize;
+
+// Bytes of a header word.
+constexpr unsigned wordSize = sizeof(void*);
 
 class LocalHeapPoolTest : public testing::Test {
   protected:

@@ -41,13 +41,14 @@ TEST(LocalHeapTest, MethodsHaveTheirValues) {
 class LocalHeapSizeTest : public testing::TestWithParam<unsigned> {
   protected:
     const unsigned size = GetParam();
-    const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(size) + wordSize;
+    const int stride = static_cast<int>(size) + wordSize;
 };
 
 TEST_P(LocalHeapSizeTest, ANewPoolHandsOutItsBlocksFromTheLowestAddressUp) {
     LocalHeap heap(5, size, LocalHeap::GrowOnDemand);
     const Blocks blocks = take(heap, 5, size);
-    for (unsigned i = 1; i < 5; ++i) EXPECT_EQ(blocks[i], moved(blocks[0], i * stride)) << i;
+    for (int i = 1; i < 5; ++i)
+        EXPECT_EQ(blocks[static_cast<unsigned>(i)], moved(blocks[0], i * stride)) << i;
 }
 
 TEST_P(LocalHeapSizeTest, AMadePoolIsLaidOutAsPromised) {
@@ -75,7 +76,7 @@ TEST_P(LocalHeapSizeTest, ABlockGivenBackGoesBeforeTheRestOfItsPool) {
     LocalHeap heap(3, size, LocalHeap::Preallocate);
     const Blocks blocks = take(heap, 2, size);
     heap.deallocateBlock(blocks[0], size);
-    EXPECT_EQ(headerOf(blocks[0]), moved(blocks[0], -static_cast<int>(wordSize)));
+    EXPECT_EQ(headerOf(blocks[0]), moved(blocks[0], -wordSize));
     EXPECT_EQ(wordAtPlace(headerOf(blocks[0])), moved(blocks[1], static_cast<int>(size)));
     EXPECT_EQ(heap.allocateBlock(size), blocks[0]);
     EXPECT_EQ(heap.allocateBlock(size), moved(blocks[1], stride));
@@ -109,10 +110,9 @@ TEST_P(LocalHeapSizeTest, AFullPoolIsFollowedByAnother) {
     const Blocks blocks = take(heap, 6, size);
     for (const unsigned i : {0U, 2U, 4U}) EXPECT_EQ(blocks[i + 1], moved(blocks[i], stride)) << i;
     for (const unsigned i : {0U, 2U})
-        EXPECT_EQ(wordAtPlace(moved(blocks[i], -2 * static_cast<int>(wordSize))),
-                  moved(blocks[i + 2], -2 * static_cast<int>(wordSize)))
+        EXPECT_EQ(wordAtPlace(moved(blocks[i], -2 * wordSize)), moved(blocks[i + 2], -2 * wordSize))
             << "pool " << i / 2 << " is not linked to the next";
-    EXPECT_EQ(wordAtPlace(moved(blocks[4], -2 * static_cast<int>(wordSize))), nullptr);
+    EXPECT_EQ(wordAtPlace(moved(blocks[4], -2 * wordSize)), nullptr);
     EXPECT_EQ(heap.inUse(), 6U);
 }
 
@@ -133,8 +133,8 @@ TEST(LocalHeapTest, PoolsOfOneBlockAreChainedToo) {
     heap.deallocateBlock(blocks[1], 8);
     EXPECT_EQ(heap.allocateBlock(8), blocks[1]);
     for (unsigned i = 0; i < 2; ++i)
-        EXPECT_EQ(wordAtPlace(moved(blocks[i], -2 * static_cast<int>(wordSize))),
-                  moved(blocks[i + 1], -2 * static_cast<int>(wordSize)));
+        EXPECT_EQ(wordAtPlace(moved(blocks[i], -2 * wordSize)),
+                  moved(blocks[i + 1], -2 * wordSize));
 }
 
 TEST(LocalHeapTest, BlocksOfSeveralPoolsShareOneFreeList) {
@@ -144,7 +144,7 @@ TEST(LocalHeapTest, BlocksOfSeveralPoolsShareOneFreeList) {
     heap.deallocateBlock(blocks[0], 16);
     heap.deallocateBlock(blocks[3], 16);
     EXPECT_EQ(take(heap, 3, 16), (Blocks{blocks[3], blocks[0], blocks[4]}));
-    EXPECT_EQ(heap.allocateBlock(16), moved(blocks[4], 16 + static_cast<int>(wordSize)))
+    EXPECT_EQ(heap.allocateBlock(16), moved(blocks[4], 16 + wordSize))
         << "the rest of the third pool";
 }
 
@@ -152,7 +152,7 @@ TEST(LocalHeapTest, InitializeMakesTheFirstPool) {
     LocalHeap heap(2, 16, anotherMethod);
     heap.initialize();
     const Blocks blocks = take(heap, 2, 16);
-    EXPECT_EQ(blocks[1], moved(blocks[0], 16 + static_cast<int>(wordSize)));
+    EXPECT_EQ(blocks[1], moved(blocks[0], 16 + wordSize));
 }
 
 TEST(LocalHeapTest, AMadePoolIsNotPartOfTheHeap) {

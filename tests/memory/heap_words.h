@@ -2,7 +2,6 @@
 #ifndef KFL_TESTS_HEAP_WORDS_H
 #define KFL_TESTS_HEAP_WORDS_H
 
-#include <cstddef>
 #include <cstring>
 #include <vector>
 
@@ -11,7 +10,7 @@
 namespace kfl_test {
 
 // Bytes of a header word.
-constexpr unsigned wordSize = sizeof(void*);
+constexpr int wordSize = sizeof(void*);
 
 inline void* wordAtPlace(const void* place) {
     void* word;
@@ -19,14 +18,15 @@ inline void* wordAtPlace(const void* place) {
     return word;
 }
 
-inline char* moved(void* place, std::ptrdiff_t bytes) { return static_cast<char*>(place) + bytes; }
+inline char* moved(void* place, int bytes) { return static_cast<char*>(place) + bytes; }
 
 // The header in front of a block.
-inline char* headerOf(void* block) { return moved(block, -static_cast<int>(wordSize)); }
+inline char* headerOf(void* block) { return moved(block, -wordSize); }
 
 // The i-th block of a pool.
 inline char* blockOf(void* pool, unsigned i, unsigned blockSize) {
-    return moved(pool, static_cast<std::ptrdiff_t>(2 * wordSize + i * (blockSize + wordSize)));
+    return moved(pool,
+                 2 * wordSize + static_cast<int>(i) * (static_cast<int>(blockSize) + wordSize));
 }
 
 inline std::vector<void*> take(LocalHeap& heap, unsigned count, unsigned size) {
