@@ -16,13 +16,6 @@ unsigned int refilledCapacity(const char* text) {
     return detail::checkedSize(length + 100);
 }
 
-// Grows as a cleared string that takes the text does, yet keeps the old one when that fails.
-void replaceText(AString& string, const char* text) {
-    string.expandTo(detail::checkedSize(std::strlen(text)));
-    string.clear();
-    string.append(text);
-}
-
 }  // namespace
 
 KeyValuePair::KeyValuePair(char* key_, char* value_) : key(key_), value(value_) {}
@@ -48,7 +41,8 @@ int KeyValueParser::parse(const char* path, KeyValuePair** pairs) {
     for (; pairs && *pairs; ++pairs) {
         const char* const value = file.getValue((*pairs)->key.c_str(), "");
         if (!value) continue;
-        replaceText((*pairs)->value, value);
+        (*pairs)->value.clear();
+        (*pairs)->value.append(value);
         found = true;
     }
     return found ? 2 : 1;

@@ -253,7 +253,7 @@ void step(Random& random, std::vector<Pair>& pairs) {
 
 TEST(BufferModelTest, ThreeBuffersFollowTheirModels) {
     Random random;
-    for (int round = 0; round < 60; ++round) {
+    for (int round = 0; round < 200; ++round) {
         std::vector<Pair> pairs;
         for (int i = 0; i < 3; ++i) pairs.push_back(freshPair(random));
         for (int i = 0; i < 300; ++i) {
