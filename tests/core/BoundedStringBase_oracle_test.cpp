@@ -24,7 +24,8 @@ using kfl_test::RandomArguments;
 using B = BoundedStringBase;
 
 // The C library in makeString's terms: the number of characters stored.
-int libraryFormat(char* buf, unsigned int size, const char* format, ...) {
+__attribute__((format(printf, 3, 4))) int libraryFormat(char* buf, unsigned int size,
+                                                        const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
     const int whole = std::vsnprintf(buf, std::size_t{size} + 1, format, arguments);

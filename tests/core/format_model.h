@@ -255,18 +255,14 @@ class ModelFormatter {
     }
 
     void integer(unsigned int base) {
-        long value = 0;
         const bool isSigned = (flags_ & B::SIGN) != 0;
+        long value = 0;
         if (isLong()) {
             value = arguments_.longInteger();
         } else {
-            const int given = arguments_.integer();
-            if (qualifier_ == 'h') {
-                value = isSigned ? long{static_cast<std::int16_t>(given)}
-                                 : long{static_cast<std::uint16_t>(given)};
-            } else {
-                value = isSigned ? long{given} : static_cast<long>(static_cast<unsigned>(given));
-            }
+            value = arguments_.integer();
+            if (qualifier_ == 'h') value = static_cast<std::int16_t>(value);
+            if (!isSigned) value &= qualifier_ == 'h' ? 0xFFFFL : static_cast<long>(0xFFFFFFFFUL);
         }
         modelNumber(out_, {value, base, width_, precision_, flags_});
     }
