@@ -491,6 +491,20 @@ TEST_F(FaultTest, InitializeHandsOnWhatTheObjectWasGiven) {
     EXPECT_EQ(object.descriptor(), -1);
 }
 
+TEST_F(FaultTest, NothingWorksOnALocalSocketWithoutADescriptor) {
+    char path[] = "/tmp/never";
+    IPCSocket socket(path);
+    system_.socket = {{-1, EMFILE}};
+    EXPECT_FALSE(socket.initialize(code_));
+    EXPECT_EQ(code_, 2);
+    EXPECT_EQ(socket.descriptor(), -1);
+    EXPECT_FALSE(socket.bind());
+    EXPECT_EQ(errno, EBADF);
+    timeval limit = timeOf(30, 0);
+    EXPECT_EQ(socket.receive(buffer_, sizeof buffer_, limit, code_), -1);
+    EXPECT_EQ(code_, 3);
+}
+
 TEST_F(FaultTest, TheClassReceivesAsTheFunctionDoes) {
     ISCSocket socket(SOCK_DGRAM, 0, 0);
     system_.socket = {{42}};

@@ -8,6 +8,7 @@
 #include <climits>
 #include <csignal>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <ostream>
 
@@ -277,7 +278,7 @@ TEST_P(ReceiveTest, TakesMoreThanAMillionMicrosecondsAsSelectDoes) {
 
 TEST_P(ReceiveTest, TakesTheLongestTimeOuts) {
     const auto longest = std::numeric_limits<decltype(timeval::tv_sec)>::max();
-    for (long microseconds : {0L, 999999L, 1000000L}) {
+    for (const long microseconds : {0L, 999999L}) {
         const Later sender(20ms, [this] { send("hello"); });
         EXPECT_EQ(receive(timeOf(longest, microseconds)), 5);
         EXPECT_EQ(code_, 0);
