@@ -39,7 +39,7 @@ constexpr const char* notWhole = "Data not multiple of Block Size";
 Bytes contentOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     EXPECT_TRUE(file.is_open()) << path;
-    Bytes content(std::filesystem::file_size(path));
+    Bytes content(static_cast<std::size_t>(std::filesystem::file_size(path)));
     file.read(chars(content), static_cast<std::streamsize>(content.size()));
     return content;
 }
