@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
-
 #include "tests/support/layout.h"
 
 using namespace kfl_test;
@@ -123,12 +121,11 @@ TEST(ContainerLayoutTest, GrowthGoesThroughTheExpandToSlot) {
     static unsigned int asked;
     asked = 0;
     const HostContainer container(2);
-    std::vector<void*> table;
-    for (std::size_t slot = 0; slot < 6; ++slot) table.push_back(slotOf(container, slot));
+    HostTable table(container, 6);
     void (*const refuse)(void*, unsigned int) = [](void*, unsigned int n) { asked = n; };
-    table[expandToSlot] = reinterpret_cast<void*>(refuse);
+    table.fill(expandToSlot, refuse);
     void* const own = container.pointer(0);
-    setFieldAt<void*>(container, 0, table.data());
+    setFieldAt<void*>(container, 0, table.start());
     call<void, void*, unsigned int>("_ZN3kfl9Container6expandEj", container, 3);
     EXPECT_EQ(asked, 5U);
     call<void, void*>("_ZN3kfl9Container6expandEv", container);

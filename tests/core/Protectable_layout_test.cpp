@@ -96,8 +96,9 @@ void deletingDestructor(void* object) { deleted = object; }
 TEST(ProtectableLayoutTest, TheLastHandleCallsTheDeletingDestructorsSlot) {
     ProtectableRoom object;
     call<void, void*>("_ZN11ProtectableC1Ev", object);
-    void* table[2] = {nullptr, reinterpret_cast<void*>(&deletingDestructor)};
-    setFieldAt<void*>(object, 0, table);
+    HostTable table(object, 2);
+    table.fill(1, &deletingDestructor);
+    setFieldAt<void*>(object, 0, table.start());
     HandleRoom handle;
     call<void, void*, void*>("_ZN17ProtectionElementC1EP11Protectable", handle, object);
     deleted = nullptr;

@@ -114,6 +114,25 @@ inline void expectTableWords(const char* table, std::size_t words) {
     EXPECT_EQ(std::size_t{symbol->st_size}, words * pointerSize) << table;
 }
 
+// The table of a host's own class: that of a live object, but for the slots that the host fills.
+class HostTable {
+  public:
+    HostTable(const void* object, std::size_t slots) : words_(slots + 2) {
+        const unsigned char* const table = static_cast<unsigned char*>(pointerAt(object, 0));
+        std::memcpy(words_.data(), table - 2 * pointerSize, words_.size() * pointerSize);
+    }
+
+    template <class R, class... Args>
+    void fill(std::size_t slot, R (*function)(Args...)) {
+        words_[slot + 2] = reinterpret_cast<void*>(function);
+    }
+    // What the object's first word becomes.
+    void* start() { return words_.data() + 2; }
+
+  private:
+    std::vector<void*> words_;
+};
+
 // Room for an object of `size` bytes, where a host's compiler would have put it; the bytes behind
 // it are watched.
 template <std::size_t size>
