@@ -261,9 +261,15 @@ class HugeText {
     char* text_ = nullptr;
 };
 
-// Only a 64-bit host can have such text.
+// Only a 64-bit host can have such text. ThreadSanitizer would keep a record, four times as large,
+// of every byte that was looked at: there the text is as on a 32-bit host.
+#if defined(__SANITIZE_THREAD__)
+constexpr bool wide = false;
+#else
+constexpr bool wide = sizeof(void*) > 4;
+#endif
+
 TEST_F(IniFileParserMemoryTest, TextOfMoreThan32BitsIsRefusedWhole) {
-    const bool wide = sizeof(void*) > 4;
     const HugeText huge(wide ? 4097 : 64);
     ASSERT_NE(huge.text(), nullptr);
     // The length of this one, cut to 32 bits, is that of one mebibyte.

@@ -1,6 +1,8 @@
 // The INI parser beside a second, plain reader: generated files, generated calls, and the files of
 // the machine.
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <climits>
@@ -13,7 +15,6 @@
 #include "kfl/IniFileParser.h"
 #include "tests/config/simple_ini_reader.h"
 #include "tests/support/seed.h"
-#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -121,6 +122,28 @@ class FileWriter {
     Random& random_;
 };
 
+// A file in memory that is written anew for each round: a disk would take most of the time.
+class RewrittenFile {
+  public:
+    RewrittenFile()
+        : descriptor_(memfd_create("generated.ini", 0)),
+          path_("/proc/self/fd/" + std::to_string(descriptor_)) {}
+    ~RewrittenFile() { close(descriptor_); }
+    RewrittenFile(const RewrittenFile&) = delete;
+    RewrittenFile& operator=(const RewrittenFile&) = delete;
+
+    const std::string& write(const std::string& bytes) const {
+        EXPECT_EQ(ftruncate(descriptor_, 0), 0);
+        EXPECT_EQ(pwrite(descriptor_, bytes.data(), bytes.size(), 0),
+                  static_cast<ssize_t>(bytes.size()));
+        return path_;
+    }
+
+  private:
+    int descriptor_;
+    std::string path_;
+};
+
 class IniFileParserModelTest : public testing::Test {
   protected:
     // Gives both readers a file of these bytes.
@@ -132,7 +155,7 @@ class IniFileParserModelTest : public testing::Test {
         ASSERT_EQ(parser.flags, model.flags);
     }
 
-    const kfl_test::TemporaryFolder folder;
+    const RewrittenFile file;
 };
 
 TEST_F(IniFileParserModelTest, ReadsGeneratedFilesAsTheSimpleReaderDoes) {
@@ -142,8 +165,7 @@ TEST_F(IniFileParserModelTest, ReadsGeneratedFilesAsTheSimpleReaderDoes) {
         const std::string bytes = writer.file();
         kfl::IniFileParser parser;
         SimpleIniReader model;
-        ASSERT_NO_FATAL_FAILURE(
-            readBoth(parser, model, folder.write("generated.ini", bytes), bytes));
+        ASSERT_NO_FATAL_FAILURE(readBoth(parser, model, file.write(bytes), bytes));
     }
 }
 
@@ -183,8 +205,7 @@ TEST_F(IniFileParserModelTest, AnswersGeneratedCallsAsTheSimpleReaderDoes) {
             switch (random.below(8)) {
                 case 0: {
                     const std::string bytes = writer.file();
-                    ASSERT_NO_FATAL_FAILURE(
-                        readBoth(parser, model, folder.write("generated.ini", bytes), bytes));
+                    ASSERT_NO_FATAL_FAILURE(readBoth(parser, model, file.write(bytes), bytes));
                     break;
                 }
                 case 1: parser.flags = model.flags = random.below(8); break;
@@ -219,8 +240,7 @@ TEST_F(IniFileParserModelTest, LinesAcrossEveryReadBorderAreWhole) {
             bytes += lines;
             kfl::IniFileParser parser;
             SimpleIniReader model;
-            ASSERT_NO_FATAL_FAILURE(
-                readBoth(parser, model, folder.write("border.ini", bytes), bytes));
+            ASSERT_NO_FATAL_FAILURE(readBoth(parser, model, file.write(bytes), bytes));
             ASSERT_STREQ(parser.getValue("l", "t"), "w") << before;
         }
     }
@@ -241,7 +261,7 @@ TEST_F(IniFileParserModelTest, ReadsAllShortFilesAsTheSimpleReaderDoes) {
         const std::string bytes = "a=1\n[B]\nx=y\n" + text + "\nb=2\n";
         kfl::IniFileParser parser;
         SimpleIniReader model;
-        ASSERT_NO_FATAL_FAILURE(readBoth(parser, model, folder.write("short.ini", bytes), bytes));
+        ASSERT_NO_FATAL_FAILURE(readBoth(parser, model, file.write(bytes), bytes));
     }
 }
 
