@@ -108,8 +108,9 @@ void printSettings(Settings& settings) {
 void printUnknownKeys(Settings& settings) {
     // The records belong to the parser; a host may look at them and change their text.
     const kfl::VoidPtrOrderedCollection& sections = settings.file().sectionList();
-    for (unsigned int i = 0; i < sections.count(); ++i)
+    for (unsigned int i = 0; i < sections.count(); ++i) {
         printUnknownKeysOf(*static_cast<const kfl::st_section*>(sections.idAt(i)));
+    }
 }
 
 }  // namespace agent

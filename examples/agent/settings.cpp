@@ -75,8 +75,9 @@ const char* builtIn(const char* section, const char* key) {
 const Setting* findSetting(const char* section, const char* key) {
     for (const Setting& setting : knownSettings) {
         if (kfl::compareNoCase(setting.section, section) == 0 &&
-            kfl::compareNoCase(setting.key, key) == 0)
+            kfl::compareNoCase(setting.key, key) == 0) {
             return &setting;
+        }
     }
     return nullptr;
 }

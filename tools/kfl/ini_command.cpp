@@ -65,8 +65,9 @@ Form readOptions(Arguments& arguments) {
                                      {}};
     Form form = asText;
     while (const int letter = arguments.nextOption(options)) {
-        if (form != asText && form != letter)
+        if (form != asText && form != letter) {
             arguments.usageError("only one of --int, --float and --bool can be given");
+        }
         form = static_cast<Form>(letter);
     }
     return form;

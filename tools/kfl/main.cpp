@@ -20,8 +20,9 @@ void printHelp() {
         "Does from the command line what libkfl does for its hosts.\n"
         "\n"
         "Commands:");
-    for (const Command* command : commands)
+    for (const Command* command : commands) {
         std::printf("  %-9s %s\n", command->name, command->summary);
+    }
     std::puts(
         "\n"
         "Options:\n"
