@@ -1,6 +1,4 @@
 // kfl ini: shows a configuration file as a host sees it.
-#include <sys/stat.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -15,10 +13,7 @@ namespace {
 enum Form { asText = 't', asInt = 'i', asFloat = 'f', asBool = 'b' };
 
 void readFile(kfl::IniFileParser& parser, const char* path) {
-    struct stat status = {};
-    if (stat(path, &status) != 0) fail("%s: %s", path, std::strerror(errno));
-    // The parser takes a directory for an empty file.
-    if (S_ISDIR(status.st_mode)) fail("%s: %s", path, std::strerror(EISDIR));
+    requireFile(path);
     if (!parser.parseFile(path)) fail("%s: %s", path, std::strerror(errno));
 }
 
@@ -41,19 +36,13 @@ void printAll(const kfl::IniFileParser& parser) {
 
 void printValue(kfl::IniFileParser& parser, const char* section, const char* key, Form form) {
     switch (form) {
-        case asText:
-            std::puts(parser.getValue(key, section));
-            break;
-        case asInt:
-            std::printf("%d\n", parser.getInt(key, section));
-            break;
+        case asText: std::puts(parser.getValue(key, section)); break;
+        case asInt: std::printf("%d\n", parser.getInt(key, section)); break;
         case asFloat:
             // Nine digits tell any two floats apart.
             std::printf("%.9g\n", static_cast<double>(parser.getFloat(key, section)));
             break;
-        case asBool:
-            std::puts(parser.getBool(key, section) ? "true" : "false");
-            break;
+        case asBool: std::puts(parser.getBool(key, section) ? "true" : "false"); break;
     }
 }
 

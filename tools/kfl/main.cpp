@@ -10,7 +10,7 @@ namespace kfl_tool {
 namespace {
 
 // In alphabetical order.
-const Command* const commands[] = {&iniCommand};
+const Command* const commands[] = {&iniCommand, &keyvalueCommand, &uriCommand};
 
 void printHelp() {
     std::puts(
@@ -73,16 +73,10 @@ bool answerOptions(int count, char** words) {
     char title[] = "kfl";
     words[0] = title;
     switch (getopt_long(count, words, "+hV", options, nullptr)) {
-        case -1:
-            return false;
-        case 'h':
-            printHelp();
-            return true;
-        case 'V':
-            std::puts("kfl " KFL_VERSION_STRING);
-            return true;
-        default:
-            endForWrongUsage();
+        case -1: return false;
+        case 'h': printHelp(); return true;
+        case 'V': std::puts("kfl " KFL_VERSION_STRING); return true;
+        default: endForWrongUsage();
     }
 }
 
