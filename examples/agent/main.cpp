@@ -3,6 +3,8 @@
 //
 //     settings    reads the configuration file              kfl::IniFileParser
 //     report      shows what the agent will run with        its sections and keys
+//     downloads   splits locations, reads their defaults    kfl::URIParser, kfl::KeyValueParser
+//     journal     collects lines to show them together      StringFormat, Buffer
 //
 // A host supplies three names that the library uses: genSyslogEvent, Parms and applicationName
 // (kfl/Host.h). This one takes the ready ones of the static library kfl-host.
@@ -14,6 +16,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "downloads.h"
+#include "journal.h"
 #include "kfl/AString.h"
 #include "kfl/Host.h"
 #include "report.h"
@@ -42,6 +46,9 @@ int run(const char* path) {
     }
     std::printf("%s: settings from %s\n", applicationName, path);
     printSettings(settings);
+    Journal journal;
+    reportDownloads(journal, settings, path);
+    journal.print();
     printUnknownKeys(settings);
     return 0;
 }
