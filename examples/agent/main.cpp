@@ -6,6 +6,8 @@
 //     children    starts programs and reaps them            kfl::osCreateProcess and its kin
 //     listener    receives datagrams on a thread            kfl::OSThread, IPCSocket, ISCSocket
 //     service     the agent at work, until SIGTERM          raiseSyslogEvent, raiseSyslogAlarm
+//     downloads   splits locations, reads their defaults    kfl::URIParser, kfl::KeyValueParser
+//     journal     collects lines to show them together      StringFormat, Buffer
 //
 // A host supplies three names that the library uses: genSyslogEvent, Parms and applicationName
 // (kfl/Host.h). This one takes the ready ones of the static library kfl-host.
@@ -19,6 +21,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "downloads.h"
+#include "journal.h"
 #include "kfl/AString.h"
 #include "kfl/Host.h"
 #include "report.h"
@@ -48,6 +52,9 @@ int run(const char* path, bool serving) {
     }
     std::printf("%s: settings from %s\n", applicationName, path);
     printSettings(settings);
+    Journal journal;
+    reportDownloads(journal, settings, path);
+    journal.print();
     printUnknownKeys(settings);
     return serving ? serve(settings) : 0;
 }

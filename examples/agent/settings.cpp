@@ -65,6 +65,11 @@ const Setting knownSettings[] = {
     {"backup", "path", Kind::text, "/var/lib/agent"},
     {"backup", "keep", Kind::number, "1"},
     {"backup", "compress-level", Kind::decimal, "6"},
+
+    {"downloads", "firmware", Kind::text, nullptr},
+    {"downloads", "prompts", Kind::text, nullptr},
+    {"downloads", "phonebook", Kind::text, nullptr},
+    {"downloads", "defaults", Kind::text, "defaults.conf"},
 };
 
 const unsigned int knownSettingCount = sizeof knownSettings / sizeof knownSettings[0];

@@ -85,15 +85,16 @@ TEST_F(AgentTest, ItsOwnFileUsesNearlyEverythingThatCanBeSet) {
     const auto startsWith = [](const std::string& start) {
         return [start](const std::string& line) { return line.rfind(start, 0) == 0; };
     };
-    EXPECT_EQ(count(startsWith("[")), 7);
-    EXPECT_EQ(count(endsWith(" file")), 46);
+    EXPECT_EQ(count(startsWith("[")), 8);
+    EXPECT_EQ(count(endsWith(" file")), 50);
     // One of each kind is missing in the file and shows its mark.
     EXPECT_EQ(count(endsWith("built in (getInt: -2147483648)")), 1);
     EXPECT_EQ(count(endsWith("built in (getFloat: 1.17549435e-38)")), 1);
     EXPECT_EQ(count(endsWith("built in (getBool: false)")), 1);
     EXPECT_EQ(count(endsWith("(none)                       not set (getString: null)")), 1);
     EXPECT_EQ(count(startsWith("unknown: [backup] encoding")), 1);
-    EXPECT_EQ(lines.size(), 1U + 7U + 46U + 4U + 1U);
+    EXPECT_EQ(count(startsWith("report: ")), 1);
+    EXPECT_EQ(lines.size(), 1U + 8U + 50U + 4U + 6U + 1U);
 }
 
 TEST_F(AgentTest, TakesTheFileNamedOnItsCommandLine) {

@@ -1,7 +1,11 @@
 #include "tools/kfl/command.h"
 
+#include <sys/stat.h>
+
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 
 namespace kfl_tool {
 namespace {
@@ -25,6 +29,12 @@ void fail(const char* format, ...) {
     va_end(arguments);
     std::fputc('\n', stderr);
     throw Exit{failed};
+}
+
+void requireFile(const char* path) {
+    struct stat status = {};
+    if (stat(path, &status) != 0) fail("%s: %s", path, std::strerror(errno));
+    if (S_ISDIR(status.st_mode)) fail("%s: %s", path, std::strerror(EISDIR));
 }
 
 Arguments::Arguments(const Command& command, int count, char** words)

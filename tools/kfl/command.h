@@ -40,6 +40,8 @@ struct Command {
 
 // The subcommands, in alphabetical order.
 extern const Command iniCommand;
+extern const Command keyvalueCommand;
+extern const Command uriCommand;
 
 // Thrown by fail and usageError, and by --help; main ends the process with it.
 struct Exit {
@@ -49,6 +51,10 @@ struct Exit {
 // Ends the tool, because what was asked for cannot be done: the message, formatted as by printf,
 // stands behind "kfl: ".
 [[noreturn]] void fail(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+// Ends the tool unless there is a file of that name, or a device or pipe. The library's readers
+// take a directory for an empty file.
+void requireFile(const char* path);
 
 // The entry for --help in a table of options.
 constexpr option helpOption = {"help", no_argument, nullptr, 'h'};

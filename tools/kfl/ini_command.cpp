@@ -1,6 +1,4 @@
 // kfl ini: shows a configuration file as a host sees it.
-#include <sys/stat.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -15,10 +13,7 @@ namespace {
 enum Form { asText = 't', asInt = 'i', asFloat = 'f', asBool = 'b' };
 
 void readFile(kfl::IniFileParser& parser, const char* path) {
-    struct stat status = {};
-    if (stat(path, &status) != 0) fail("%s: %s", path, std::strerror(errno));
-    // The parser takes a directory for an empty file.
-    if (S_ISDIR(status.st_mode)) fail("%s: %s", path, std::strerror(EISDIR));
+    requireFile(path);
     if (!parser.parseFile(path)) fail("%s: %s", path, std::strerror(errno));
 }
 

@@ -10,7 +10,7 @@ namespace kfl_tool {
 namespace {
 
 // In alphabetical order.
-const Command* const commands[] = {&iniCommand};
+const Command* const commands[] = {&iniCommand, &keyvalueCommand, &uriCommand};
 
 void printHelp() {
     std::puts(
