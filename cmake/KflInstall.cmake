@@ -3,9 +3,35 @@ include(CMakePackageConfigHelpers)
 
 # A written list, so that nothing private slips in.
 set(kfl_public_headers
-    AString.h Buffer.h Collection.h CommunicationSocket.h Container.h Host.h IniFileParser.h Protectable.h
-    SObject.h SObjectArray.h StringFormat.h VoidPtrArray.h VoidPtrCollection.h VoidPtrStack.h export.h kfl.h
-    sockets.h version.h)
+    AString.h
+    BoundedStringBase.h
+    Buffer.h
+    Collection.h
+    CommunicationSocket.h
+    Container.h
+    Host.h
+    IniFileParser.h
+    KeyValue.h
+    LocalHeap.h
+    OSThread.h
+    Protectable.h
+    RandomNumberGenerator.h
+    Rijndael.h
+    SObject.h
+    SObjectArray.h
+    StringFormat.h
+    StringsContainer.h
+    URIParser.h
+    VoidPtrArray.h
+    VoidPtrCollection.h
+    VoidPtrStack.h
+    export.h
+    kfl.h
+    process.h
+    sockets.h
+    streams.h
+    syslog_events.h
+    version.h)
 list(TRANSFORM kfl_public_headers PREPEND ${PROJECT_SOURCE_DIR}/include/kfl/)
 install(FILES ${kfl_public_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kfl COMPONENT development)
 

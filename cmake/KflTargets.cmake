@@ -29,7 +29,15 @@ function(kfl_library_flags target)
   set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON
                                              CXX_VISIBILITY_PRESET hidden
                                              VISIBILITY_INLINES_HIDDEN ON)
-  target_compile_options(${target} PRIVATE -fno-sized-deallocation -fno-threadsafe-statics)
+  target_compile_options(${target} PRIVATE -fno-sized-deallocation -fno-threadsafe-statics
+                                           -fno-semantic-interposition)
   # -D_GNU_SOURCE is g++'s default and is said for compilers that leave it out in strict mode.
   target_compile_definitions(${target} PRIVATE _GNU_SOURCE _FILE_OFFSET_BITS=64)
+endfunction()
+
+# A static library with the names that a host supplies. Programs may not use them themselves, and the shared
+# library that does may stand behind it on the link line, where the linker no longer looks back: the name
+# of one of them makes the linker take them all.
+function(kfl_target_always_linked target)
+  target_link_options(${target} INTERFACE LINKER:--undefined=_Z5ParmsPKcz)
 endfunction()

@@ -29,7 +29,7 @@ Item insert(Container& items, unsigned int& count, unsigned int index, Item item
     slotAt<Item>(items, count) = nullptr;
     const unsigned int pos = index < count ? index : count;
     Item* const slot = slotsOf<Item>(items) + pos;
-    std::memmove(slot + 1, slot, std::size_t{count - pos} * sizeof(Item));
+    std::memmove(slot + 1, slot, std::size_t{count - pos} * sizeof(void*));
     *slot = item;
     ++count;
     return item;
@@ -37,14 +37,18 @@ Item insert(Container& items, unsigned int& count, unsigned int index, Item item
 
 template <class Item>
 Item remove(Container& items, unsigned int& count, unsigned int index) {
-    if (!items.data()) return nullptr;
+    if (!items.data() || count == 0) return nullptr;
     const unsigned int end = count < items.capacity() ? count : items.capacity();
+    const Item item = itemAt<Item>(items, index);
+    Item* const slots = slotsOf<Item>(items);
+    if (index < end) {
+        std::memmove(slots + index, slots + index + 1,
+                     std::size_t{end - index - 1} * sizeof(void*));
+    }
+    // Kept on purpose: past the last item (where a subclass counts more items than are stored) the
+    // last one goes all the same.
+    if (index < end || end == count) slots[end - 1] = nullptr;
     --count;
-    if (index >= end) return nullptr;
-    Item* const slot = slotsOf<Item>(items) + index;
-    const Item item = *slot;
-    std::memmove(slot, slot + 1, std::size_t{end - index - 1} * sizeof(Item));
-    slotsOf<Item>(items)[end - 1] = nullptr;
     return item;
 }
 

@@ -7,6 +7,7 @@
 #include "core/char_set.h"
 #include "core/halt.h"
 #include "core/is_within.h"
+#include "core/retired.h"
 
 namespace kfl {
 namespace {
@@ -14,19 +15,7 @@ namespace {
 using detail::allocateArray;
 using detail::CharSet;
 using detail::checkedSize;
-
-// The array that a growth replaced. It lives as long as the call, whose text argument may lie in
-// it.
-class Retired {
-  public:
-    explicit Retired(char* data) : data_(data) {}
-    ~Retired() { delete[] data_; }
-    Retired(const Retired&) = delete;
-    Retired& operator=(const Retired&) = delete;
-
-  private:
-    char* data_;
-};
+using detail::Retired;
 
 // Copies a string's characters with their terminator, also those that stand behind a NUL inside the
 // text and those that were put behind the length by hand.
@@ -50,10 +39,9 @@ std::uint64_t grownCapacity(unsigned int capacity, unsigned int increment, unsig
     return n - capacity < increment ? std::uint64_t{capacity} + increment : n;
 }
 
-// Makes room for `n` characters; returns the array that is no longer needed, or null.
-char* makeRoom(char*& data, unsigned int& capacity, unsigned int length, unsigned int increment,
-               std::uint64_t n) {
-    if (capacity > n) return nullptr;
+// Moves a string of `length` characters to an array with room for `n`; returns the old array.
+[[gnu::noinline]] char* grow(char*& data, unsigned int& capacity, unsigned int length,
+                             unsigned int increment, std::uint64_t n) {
     const std::uint64_t grown = grownCapacity(capacity, increment, checkedSize(n));
     char* const room = allocateArray(grown + 1);
     copyText(room, data, length);
@@ -61,6 +49,12 @@ char* makeRoom(char*& data, unsigned int& capacity, unsigned int length, unsigne
     data = room;
     capacity = static_cast<unsigned int>(grown);
     return old;
+}
+
+// Makes room for `n` characters; returns the array that is no longer needed, or null.
+inline char* makeRoom(char*& data, unsigned int& capacity, unsigned int length,
+                      unsigned int increment, std::uint64_t n) {
+    return capacity > n ? nullptr : grow(data, capacity, length, increment, n);
 }
 
 // Copies a piece of a string's own text into the gap of `n` characters just opened in it: what
@@ -104,7 +98,8 @@ AString::~AString() { delete[] data_; }
 int AString::append(const char* text) {
     if (!text) return 1;
     const std::size_t n = std::strlen(text);
-    const Retired old(makeRoom(data_, capacity_, length_, increment_, std::uint64_t{length_} + n));
+    const Retired<char> old(
+        makeRoom(data_, capacity_, length_, increment_, std::uint64_t{length_} + n));
     std::memmove(data_ + length_, text, n);
     length_ += static_cast<unsigned int>(n);
     data_[length_] = '\0';
@@ -114,7 +109,8 @@ int AString::append(const char* text) {
 int AString::append(const char* text, unsigned int n) {
     if (!text) return 1;
     const std::size_t visible = strnlen(text, n);
-    const Retired old(makeRoom(data_, capacity_, length_, increment_, std::uint64_t{length_} + n));
+    const Retired<char> old(
+        makeRoom(data_, capacity_, length_, increment_, std::uint64_t{length_} + n));
     std::memmove(data_ + length_, text, visible);
     std::memset(data_ + length_ + visible, 0, n - visible + 1);
     length_ += n;
@@ -124,7 +120,7 @@ int AString::append(const char* text, unsigned int n) {
 int AString::append(const AString& s) { return append(s.data_); }
 
 int AString::append(char c) {
-    const Retired old(makeRoom(data_, capacity_, length_, increment_, std::uint64_t{length_} + 1));
+    if (capacity_ - length_ < 2) expandTo(length_ + 1);
     data_[length_] = c;
     data_[++length_] = '\0';
     return 1;
@@ -135,7 +131,8 @@ int AString::append(unsigned char c) { return append(static_cast<char>(c)); }
 int AString::insert(unsigned int pos, const char* text) {
     if (!text) return 1;
     const std::size_t n = std::strlen(text);
-    const Retired old(makeRoom(data_, capacity_, length_, increment_, std::uint64_t{length_} + n));
+    const Retired<char> old(
+        makeRoom(data_, capacity_, length_, increment_, std::uint64_t{length_} + n));
     char* const gap = data_ + pos;
     std::memmove(gap + n, gap, length_ - pos);
     if (detail::isWithin(text, data_, length_)) {
@@ -174,7 +171,7 @@ int AString::replace(char from, char to) {
 }
 
 int AString::expandTo(unsigned int n) {
-    const Retired old(makeRoom(data_, capacity_, length_, increment_, n));
+    const Retired<char> old(makeRoom(data_, capacity_, length_, increment_, n));
     return 1;
 }
 

@@ -19,6 +19,8 @@ ProtectionElement::~ProtectionElement() {
     if (object_ && --object_->referenceCount_ == 0) delete object_;
 }
 
+// Taking before releasing is what handles self-assignment.
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment, cert-oop54-cpp)
 ProtectionElement& ProtectionElement::operator=(const ProtectionElement& other) {
     return *this = other.object_;
 }

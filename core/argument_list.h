@@ -1,0 +1,40 @@
+// A va_list that came as a plain pointer, whatever kind of type it is on this machine.
+#ifndef KFL_CORE_ARGUMENT_LIST_H
+#define KFL_CORE_ARGUMENT_LIST_H
+
+#include <cstdarg>
+#include <type_traits>
+
+namespace kfl::detail {
+
+// The list that a plain pointer stands for: where a list is a pointer it came as itself, an array
+// or a structure came by its address.
+template <class List>
+std::conditional_t<std::is_pointer<List>::value, List, List&> listBehind(void* arguments) {
+    if constexpr (std::is_pointer<List>::value) {
+        return static_cast<List>(arguments);
+    } else {
+        return *static_cast<List*>(arguments);
+    }
+}
+
+// Arguments are taken from a copy: the caller's list stays as it is.
+class ArgumentList {
+  public:
+    explicit ArgumentList(void* arguments) { va_copy(list_, listBehind<va_list>(arguments)); }
+    ~ArgumentList() { va_end(list_); }
+    ArgumentList(const ArgumentList&) = delete;
+    ArgumentList& operator=(const ArgumentList&) = delete;
+
+    template <class T>
+    T next() {
+        return va_arg(list_, T);
+    }
+
+  private:
+    va_list list_;
+};
+
+}  // namespace kfl::detail
+
+#endif

@@ -1,0 +1,101 @@
+#include "kfl/LocalHeap.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "core/allocation.h"
+#include "core/halt.h"
+
+namespace {
+
+// A pool begins with a word that points to the next pool; a slot is such a word, which points to
+// the next free slot while the slot is free, and the block behind it. Odd block sizes misalign the
+// words, so they are read and written bytewise.
+constexpr unsigned wordSize = sizeof(void*);
+
+void* readWord(const void* place) {
+    void* word;
+    std::memcpy(&word, place, wordSize);
+    return word;
+}
+
+// A null block is not checked, by promise: then the place may be null as far as analysis can see.
+// NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker)
+void writeWord(void* place, void* word) { std::memcpy(place, &word, wordSize); }
+
+// The first slot of a pool; null where there are none.
+char* firstSlot(void* pool, unsigned slots) {
+    return slots > 0 ? static_cast<char*>(pool) + wordSize : nullptr;
+}
+
+}  // namespace
+
+LocalHeap::LocalHeap(unsigned blocksPerPool_, unsigned blockSize_,
+                     LocalHeap::AllocateMethod method_)
+    : method(method_),
+      blocksPerPool(blocksPerPool_),
+      blockSize(blockSize_),
+      firstPool(nullptr),
+      lastPool(nullptr),
+      freeList(nullptr),
+      blocksInUse(0),
+      maxBlocksInUse(0) {
+    if (method == Preallocate) initialize();
+}
+
+LocalHeap::~LocalHeap() {
+    for (void* pool = firstPool; pool;) {
+        void* const next = readWord(pool);
+        std::free(pool);
+        pool = next;
+    }
+}
+
+void LocalHeap::initialize() {
+    firstPool = lastPool = createPool();
+    if (firstPool) freeList = firstSlot(firstPool, blocksPerPool);
+}
+
+void* LocalHeap::createPool() {
+    const std::uint64_t stride = std::uint64_t{blockSize} + wordSize;
+    // The first comparison keeps the product of the second within 64 bits.
+    if (stride > UINT32_MAX || stride * blocksPerPool > UINT32_MAX - wordSize) return nullptr;
+    void* const pool = std::malloc(static_cast<std::size_t>(wordSize + stride * blocksPerPool));
+    if (!pool) return nullptr;
+
+    writeWord(pool, nullptr);
+    char* slot = firstSlot(pool, blocksPerPool);
+    for (unsigned i = 1; i < blocksPerPool; ++i, slot += stride) writeWord(slot, slot + stride);
+    if (slot) writeWord(slot, nullptr);
+    return pool;
+}
+
+void* LocalHeap::allocateBlock(unsigned size) {
+    if (size != blockSize) return kfl::detail::allocateArray(size);
+
+    // Kept on purpose: counted before it is known that there is a block.
+    if (++blocksInUse > maxBlocksInUse) maxBlocksInUse = blocksInUse;
+    if (!firstPool) {
+        initialize();
+    } else if (!freeList && method == GrowOnDemand) {
+        if (void* const pool = createPool()) {
+            writeWord(lastPool, pool);
+            lastPool = pool;
+            freeList = firstSlot(pool, blocksPerPool);
+        }
+    }
+    if (!freeList) kfl::detail::haltForever();
+    void* const slot = freeList;
+    freeList = readWord(slot);
+    return static_cast<char*>(slot) + wordSize;
+}
+
+void LocalHeap::deallocateBlock(void* block, unsigned size) {
+    char* const slot = static_cast<char*>(block) - wordSize;
+    // Kept on purpose: the release of a foreign size does not end the call.
+    if (size != blockSize && block) delete[] static_cast<char*>(block);
+    writeWord(slot, freeList);
+    freeList = slot;
+    --blocksInUse;
+}
