@@ -387,7 +387,7 @@ TEST_P(ReceiveTest, WaitsForAListeningLocalStream) {
     TemporaryFolder folder;
     sockaddr_un name{};
     name.sun_family = AF_UNIX;
-    std::strcpy(name.sun_path, folder.file("stream").c_str());
+    std::strcpy(name.sun_path, (folder / "stream").c_str());
     const Descriptor listening(socket(AF_UNIX, SOCK_STREAM, 0));
     ASSERT_EQ(bindTo(listening, name), 0);
     ASSERT_EQ(listen(listening, 1), 0);
