@@ -3,11 +3,16 @@
 //
 //     settings    reads the configuration file              kfl::IniFileParser
 //     report      shows what the agent will run with        its sections and keys
+//     children    starts programs and reaps them            kfl::osCreateProcess and its kin
+//     listener    receives datagrams on a thread            kfl::OSThread, IPCSocket, ISCSocket
+//     service     the agent at work, until SIGTERM          raiseSyslogEvent, raiseSyslogAlarm
 //
 // A host supplies three names that the library uses: genSyslogEvent, Parms and applicationName
 // (kfl/Host.h). This one takes the ready ones of the static library kfl-host.
 //
-//     agent [FILE]     FILE is agent.ini beside the program unless given
+//     agent [--serve] [FILE]     FILE is agent.ini beside the program unless given. With --serve
+//     the
+//                                agent goes to work, else it only shows its settings.
 #include <unistd.h>
 
 #include <cerrno>
@@ -17,6 +22,7 @@
 #include "kfl/AString.h"
 #include "kfl/Host.h"
 #include "report.h"
+#include "service.h"
 #include "settings.h"
 
 namespace agent {
@@ -33,7 +39,7 @@ void appendPathBesideProgram(kfl::AString& path, const char* name) {
     path.append(name);
 }
 
-int run(const char* path) {
+int run(const char* path, bool serving) {
     Settings settings;
     if (!settings.read(path)) {
         std::fprintf(stderr, "%s: cannot read %s: %s\n", applicationName, path,
@@ -43,18 +49,20 @@ int run(const char* path) {
     std::printf("%s: settings from %s\n", applicationName, path);
     printSettings(settings);
     printUnknownKeys(settings);
-    return 0;
+    return serving ? serve(settings) : 0;
 }
 
 }  // namespace
 }  // namespace agent
 
 int main(int argc, char** argv) {
-    if (argc > 2) {
-        std::fprintf(stderr, "usage: %s [FILE]\n", applicationName);
+    const bool serving = argc > 1 && std::strcmp(argv[1], "--serve") == 0;
+    const int named = serving ? 2 : 1;
+    if (argc > named + 1) {
+        std::fprintf(stderr, "usage: %s [--serve] [FILE]\n", applicationName);
         return 2;
     }
-    kfl::AString path(argc > 1 ? argv[1] : "");
-    if (argc < 2) agent::appendPathBesideProgram(path, "agent.ini");
-    return agent::run(path.c_str());
+    kfl::AString path(argc > named ? argv[named] : "");
+    if (path.empty()) agent::appendPathBesideProgram(path, "agent.ini");
+    return agent::run(path.c_str(), serving);
 }

@@ -55,6 +55,12 @@ const Setting knownSettings[] = {
     {"logging", "file-size", Kind::number, "65536"},
     {"logging", "file-count", Kind::number, "2"},
 
+    {"services", "control-socket", Kind::text, "/run/agent.socket"},
+    {"services", "discovery-port", Kind::number, "7071"},
+    {"services", "self-test", Kind::text, nullptr},
+    {"services", "helper", Kind::text, nullptr},
+    {"services", "helper-output", Kind::text, nullptr},
+
     {"backup", "enabled", Kind::onOff, "no"},
     {"backup", "path", Kind::text, "/var/lib/agent"},
     {"backup", "keep", Kind::number, "1"},

@@ -187,16 +187,19 @@ TEST_F(OrdCollectTest, ADestructorMayRemoveItsOwnItem) {
 
 TEST_F(OrdCollectTest, ADestructorMayGrowOrShrinkTheList) {
     Tracked* const a = object('a');
+    Tracked* const b = object('b');
     list.add(a);
-    list.add(object('b'));
+    list.add(b);
     list.add(object('c', [&] { list.expandTo(300); }));
     list.add(object('d', [&] { list.expandTo(0); }));
     list.freeContents();
     // The cursor stood on c already when d took the storage away.
     EXPECT_EQ(deaths, "dc");
     EXPECT_EQ(list.count(), 0U);
-    delete list.findSame(a);
+    EXPECT_EQ(list.capacity(), 300U);
+    EXPECT_EQ(list.findSame(a), nullptr);
     delete a;
+    delete b;
 }
 
 TEST_F(OrdCollectTest, CollectionsAreItemsToo) {

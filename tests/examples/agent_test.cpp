@@ -85,15 +85,15 @@ TEST_F(AgentTest, ItsOwnFileUsesNearlyEverythingThatCanBeSet) {
     const auto startsWith = [](const std::string& start) {
         return [start](const std::string& line) { return line.rfind(start, 0) == 0; };
     };
-    EXPECT_EQ(count(startsWith("[")), 6);
-    EXPECT_EQ(count(endsWith(" file")), 41);
+    EXPECT_EQ(count(startsWith("[")), 7);
+    EXPECT_EQ(count(endsWith(" file")), 46);
     // One of each kind is missing in the file and shows its mark.
     EXPECT_EQ(count(endsWith("built in (getInt: -2147483648)")), 1);
     EXPECT_EQ(count(endsWith("built in (getFloat: 1.17549435e-38)")), 1);
     EXPECT_EQ(count(endsWith("built in (getBool: false)")), 1);
     EXPECT_EQ(count(endsWith("(none)                       not set (getString: null)")), 1);
     EXPECT_EQ(count(startsWith("unknown: [backup] encoding")), 1);
-    EXPECT_EQ(lines.size(), 1U + 6U + 41U + 4U + 1U);
+    EXPECT_EQ(lines.size(), 1U + 7U + 46U + 4U + 1U);
 }
 
 TEST_F(AgentTest, TakesTheFileNamedOnItsCommandLine) {
@@ -161,7 +161,7 @@ TEST_F(AgentTest, TwoFilesAreWrongUsage) {
     const ProgramResult result = agent({"a.ini", "b.ini"});
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.output, "");
-    EXPECT_EQ(result.errors, "usage: agent [FILE]\n");
+    EXPECT_EQ(result.errors, "usage: agent [--serve] [FILE]\n");
 }
 
 }  // namespace
