@@ -1,122 +1,115 @@
-// The binary interface of the socket classes: sizes, offsets, slots and names.
-#include <dlfcn.h>
-#include <gtest/gtest.h>
-
-#include <cstring>
-
+// The socket classes and functions as an already compiled host knows them. A reference is handed
+// over as a pointer.
 #include "kfl/CommunicationSocket.h"
+
+#include <gtest/gtest.h>
+#include <sys/time.h>
+#include <unistd.h>
+
 #include "kfl/sockets.h"
+#include "tests/net/peer.h"
+#include "tests/support/layout.h"
+
+using namespace kfl_test;
 
 namespace {
 
-constexpr bool is32Bit = sizeof(void*) == 4;
-constexpr std::size_t pointerSize = sizeof(void*);
+constexpr std::size_t baseSize = bits(24, 32);
+constexpr std::size_t domainOffset = pointerSize;
+constexpr std::size_t typeOffset = pointerSize + 4;
+constexpr std::size_t protocolOffset = pointerSize + 8;
+constexpr std::size_t portOffset = pointerSize + 12;
+constexpr std::size_t descriptorOffset = pointerSize + 16;
+constexpr std::size_t pathOffset = baseSize;
+constexpr std::size_t bindSlot = 2;
 
-static_assert(!is32Bit || sizeof(CommunicationSocket) == 24);
-static_assert(!is32Bit || sizeof(IPCSocket) == 28);
-static_assert(!is32Bit || sizeof(ISCSocket) == 24);
-static_assert(is32Bit || sizeof(CommunicationSocket) == 32);
-static_assert(is32Bit || sizeof(IPCSocket) == 40);
-static_assert(is32Bit || sizeof(ISCSocket) == 32);
-
-template <class Field>
-Field fieldAt(const void* object, std::size_t offset) {
-    Field field;
-    std::memcpy(&field, static_cast<const char*>(object) + offset, sizeof field);
-    return field;
-}
-
-const void* symbol(const char* name) {
-    const void* const address = dlsym(RTLD_DEFAULT, name);
-    EXPECT_NE(address, nullptr) << name;
-    return address;
-}
-
-// Field by field: the first stands behind the pointer to the virtual table, the rest follow it.
-void expectFields(const CommunicationSocket& socket, int domain, int type, int protocol, int port,
+void expectFields(const void* object, int domain, int type, int protocol, int port,
                   int descriptor) {
-    EXPECT_EQ(fieldAt<int>(&socket, pointerSize + 0), domain);
-    EXPECT_EQ(fieldAt<int>(&socket, pointerSize + 4), type);
-    EXPECT_EQ(fieldAt<int>(&socket, pointerSize + 8), protocol);
-    EXPECT_EQ(fieldAt<int>(&socket, pointerSize + 12), port);
-    EXPECT_EQ(fieldAt<int>(&socket, pointerSize + 16), descriptor);
+    EXPECT_EQ(fieldAt<int>(object, domainOffset), domain);
+    EXPECT_EQ(fieldAt<int>(object, typeOffset), type);
+    EXPECT_EQ(fieldAt<int>(object, protocolOffset), protocol);
+    EXPECT_EQ(fieldAt<int>(object, portOffset), port);
+    EXPECT_EQ(fieldAt<int>(object, descriptorOffset), descriptor);
 }
 
-TEST(CommunicationSocketLayoutTest, FieldsStandAtTheirOffsets) {
-    ISCSocket socket(1234, 5678, 91011);
+TEST(CommunicationSocketLayoutTest, SizesAreThoseOfTheFields) {
+    EXPECT_EQ(sizeof(CommunicationSocket), baseSize);
+    EXPECT_EQ(sizeof(ISCSocket), baseSize);
+    EXPECT_EQ(sizeof(IPCSocket), bits(28, 40));
+}
+
+TEST(CommunicationSocketLayoutTest, FieldsStandInOrder) {
+    Room<baseSize> socket;
+    call<void, void*, int, int, int>("_ZN9ISCSocketC1Eiii", socket, 1234, 5678, 91011);
     expectFields(socket, 2, 1234, 5678, 91011, 0);
-    int code;
-    EXPECT_FALSE(socket.initialize(code));
+    int code = 99;
+    EXPECT_FALSE(
+        (call<bool, void*, int*>("_ZN19CommunicationSocket10initializeERi", socket, &code)));
+    EXPECT_EQ(code, 2);
     expectFields(socket, 2, 1234, 5678, 91011, -1);
+    call<void, void*>("_ZN9ISCSocketD1Ev", socket);
+    EXPECT_TRUE(socket.intact());
 }
 
 TEST(CommunicationSocketLayoutTest, ThePathFollowsTheBase) {
+    Room<bits(28, 40)> socket;
     char path[] = "/tmp/name";
-    const IPCSocket socket(path);
-    expectFields(socket, 1, socket.type(), 0, 0, 0);
-    EXPECT_EQ(fieldAt<char*>(&socket, sizeof(CommunicationSocket)), path);
+    call<void, void*, char*>("_ZN9IPCSocketC1EPc", socket, path);
+    expectFields(socket, 1, SOCK_DGRAM, 0, 0, 0);
+    EXPECT_EQ(socket.pointer(pathOffset), path);
+    call<void, void*>("_ZN9IPCSocketD1Ev", socket);
+    EXPECT_TRUE(socket.intact());
 }
 
-TEST(CommunicationSocketLayoutTest, TheBaseStandsAtTheStart) {
-    char path[] = "/tmp/name";
-    IPCSocket local(path);
-    ISCSocket udp(0, 0, 0);
-    EXPECT_EQ(static_cast<void*>(static_cast<CommunicationSocket*>(&local)), &local);
-    EXPECT_EQ(static_cast<void*>(static_cast<CommunicationSocket*>(&udp)), &udp);
-}
+TEST(CommunicationSocketLayoutTest, AHostWorksThroughNamesSlotsAndOffsets) {
+    Room<baseSize> socket;
+    call<void, void*, int, int, int>("_ZN9ISCSocketC1Eiii", socket, SOCK_DGRAM, 0, 0);
+    int code = 99;
+    ASSERT_TRUE(
+        (call<bool, void*, int*>("_ZN19CommunicationSocket10initializeERi", socket, &code)));
+    const Descriptor descriptor(fieldAt<int>(socket, descriptorOffset));
+    ASSERT_TRUE(callSlot<bool>(bindSlot, static_cast<void*>(socket)));
 
-// Both destructors, then bind.
-void expectSlots(const void* const* table, const char* complete, const char* deleting,
-                 const char* bind) {
-    EXPECT_EQ(table[0], symbol(complete));
-    EXPECT_EQ(table[1], symbol(deleting));
-    EXPECT_EQ(table[2], symbol(bind));
+    const Descriptor sender = udpSocket();
+    ASSERT_EQ(connectTo(sender, loopback(nameOf(descriptor).sin_port)), 0);
+    char text[] = "hello";
+    EXPECT_EQ((call<int, int, void*, unsigned int, int*>("_Z12sendToSocketiPvjPi", sender.get(),
+                                                         text, 5U, &code)),
+              0);
+    timeval limit = timeOf(60, 0);
+    char received[10] = {};
+    EXPECT_EQ((call<int, void*, char*, int, timeval*, int*>(
+                  "_ZN19CommunicationSocket7receiveEPciR7timevalRi", socket, received, 10, &limit,
+                  &code)),
+              5);
+    EXPECT_STREQ(received, "hello");
+    EXPECT_STREQ(
+        (call<const char*, void*, int>("_ZN19CommunicationSocket14resultToStringEi", socket, 2)),
+        "Recvfrom socket returns error");
 }
 
 TEST(CommunicationSocketLayoutTest, VirtualOperationsStandInTheirSlots) {
     char path[] = "/tmp/name";
     const IPCSocket local(path);
-    expectSlots(fieldAt<const void* const*>(&local, 0), "_ZN9IPCSocketD1Ev", "_ZN9IPCSocketD0Ev",
-                "_ZN9IPCSocket4bindEv");
+    expectTable(&local, 0, "_ZTI9IPCSocket",
+                {"_ZN9IPCSocketD1Ev", "_ZN9IPCSocketD0Ev", "_ZN9IPCSocket4bindEv"});
     const ISCSocket udp(0, 0, 0);
-    expectSlots(fieldAt<const void* const*>(&udp, 0), "_ZN9ISCSocketD1Ev", "_ZN9ISCSocketD0Ev",
-                "_ZN9ISCSocket4bindEv");
+    expectTable(&udp, 0, "_ZTI9ISCSocket",
+                {"_ZN9ISCSocketD1Ev", "_ZN9ISCSocketD0Ev", "_ZN9ISCSocket4bindEv"});
+    expectAbstractTable("_ZTV19CommunicationSocket", "_ZTI19CommunicationSocket", 1);
+    for (const char* table : {"_ZTV19CommunicationSocket", "_ZTV9IPCSocket", "_ZTV9ISCSocket"})
+        expectTableWords(table, 5);
 }
 
-TEST(CommunicationSocketLayoutTest, TheAbstractTableHasNoBind) {
-    // Two words stand before the slots: the offset to the top and the type information.
-    const auto* const table =
-        static_cast<const void* const*>(symbol("_ZTV19CommunicationSocket")) + 2;
-    EXPECT_EQ(table[-1], symbol("_ZTI19CommunicationSocket"));
-    // What the compiler puts into the two destructor slots, which nobody can call, is its own
-    // affair.
-    EXPECT_EQ(table[2], symbol("__cxa_pure_virtual"));
-}
-
-TEST(CommunicationSocketLayoutTest, OperationsAreFoundUnderTheirNames) {
-    for (const char* name : {
-             "_Z12createSocketPi",
-             "_Z10bindSocketii",
-             "_Z14recvFromSocketiPvjP7timevalPi",
-             "_Z12sendToSocketiPvjPi",
-             "_Z20socketResultToStringi",
-             "_ZN19CommunicationSocketC2Eiiii",
-             "_ZN19CommunicationSocketD2Ev",
-             "_ZN19CommunicationSocket10initializeERi",
-             "_ZN19CommunicationSocket7receiveEPciR7timevalRi",
-             "_ZN19CommunicationSocket14resultToStringEi",
-             "_ZN9IPCSocketC1EPc",
-             "_ZN9IPCSocketC2EPc",
-             "_ZN9IPCSocketD2Ev",
-             "_ZN9ISCSocketC1Eiii",
-             "_ZN9ISCSocketC2Eiii",
-             "_ZN9ISCSocketD2Ev",
-             "_ZTI9IPCSocket",
-             "_ZTI9ISCSocket",
-             "_ZTS9IPCSocket",
-             "_ZTS9ISCSocket",
-         }) {
-        EXPECT_NE(symbol(name), nullptr);
+TEST(CommunicationSocketLayoutTest, AllOperationsAreExported) {
+    // Those that hosts call, and those that classes derived from these call.
+    for (const char* name :
+         {"_Z12createSocketPi", "_Z10bindSocketii", "_Z14recvFromSocketiPvjP7timevalPi",
+          "_Z12sendToSocketiPvjPi", "_Z20socketResultToStringi", "_ZN19CommunicationSocketC2Eiiii",
+          "_ZN19CommunicationSocketD0Ev", "_ZN19CommunicationSocketD1Ev",
+          "_ZN19CommunicationSocketD2Ev", "_ZN9IPCSocketC2EPc", "_ZN9IPCSocketD2Ev",
+          "_ZN9ISCSocketC2Eiii", "_ZN9ISCSocketD2Ev"}) {
+        EXPECT_NE(exported(name), nullptr);
     }
 }
 

@@ -118,7 +118,7 @@ TEST(CommunicationSocketTest, ASecondInitializeForgetsTheFirstDescriptor) {
 
 TEST(CommunicationSocketTest, TheDestructorLeavesDescriptorAndFile) {
     TemporaryFolder folder;
-    std::string path = folder.file("socket");
+    std::string path = folder / "socket";
     auto local = std::make_unique<IPCSocket>(path.data());
     auto udp = std::make_unique<ISCSocket>(SOCK_DGRAM, 0, 0);
     int code;
@@ -195,7 +195,7 @@ class IPCSocketTest : public testing::Test {
     }
 
     TemporaryFolder folder_;
-    std::string path_ = folder_.file("socket");
+    std::string path_ = folder_ / "socket";
 };
 
 TEST_F(IPCSocketTest, IsALocalDatagramSocket) {
@@ -236,7 +236,7 @@ TEST_F(IPCSocketTest, BindsThroughTheBase) {
 }
 
 TEST_F(IPCSocketTest, ReadsThePathWhenItBinds) {
-    const std::string other = folder_.file("second");
+    const std::string other = folder_ / "second";
     std::string text = path_;
     Closing<IPCSocket> socket(text.data());
     text.replace(text.size() - 6, 6, "second");
@@ -266,7 +266,7 @@ TEST_F(IPCSocketTest, TakesNoNameThatExists) {
 
 TEST_F(IPCSocketTest, TakesPathsOfUpTo107Bytes) {
     for (const size_t length : {50U, 106U, 107U}) {
-        std::string path = folder_.fileOfLength(length);
+        std::string path = pathOfLength(folder_, length);
         Closing<IPCSocket> socket(path.data());
         ASSERT_TRUE(socket.initialize());
         EXPECT_TRUE(socket.bind()) << length;
@@ -284,7 +284,7 @@ TEST_F(IPCSocketTest, TakesPathsOfUpTo107Bytes) {
 
 TEST_F(IPCSocketTest, RefusesLongerPaths) {
     for (const size_t length : {108U, 109U, 110U, 255U, 4096U}) {
-        std::string path = folder_.fileOfLength(length);
+        std::string path = pathOfLength(folder_, length);
         Closing<IPCSocket> socket(path.data());
         ASSERT_TRUE(socket.initialize());
         EXPECT_FALSE(socket.bind()) << length;
@@ -306,7 +306,7 @@ TEST_F(IPCSocketTest, RefusesPathsThatCannotBe) {
 }
 
 TEST_F(IPCSocketTest, BindsOnceOnly) {
-    std::string second = folder_.file("second");
+    std::string second = folder_ / "second";
     Closing<IPCSocket> socket(path_.data());
     ASSERT_TRUE(socket.initialize() && socket.bind());
     EXPECT_FALSE(socket.bind());

@@ -16,6 +16,8 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/temporary_folder.h"
+
 namespace kfl_test {
 
 // A descriptor that is closed at the end.
@@ -106,34 +108,10 @@ inline ssize_t sendDatagram(const sockaddr_in& to, const std::string& text) {
                   sizeof to);
 }
 
-// A folder for socket files, emptied and removed at the end. The path is short.
-class TemporaryFolder {
-  public:
-    TemporaryFolder() {
-        char name[] = "/tmp/kflnetXXXXXX";
-        path_ = mkdtemp(name);
-    }
-    ~TemporaryFolder() {
-        for (const std::string& file : files_) unlink(file.c_str());
-        rmdir(path_.c_str());
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const std::string& path() const { return path_; }
-    std::string file(const std::string& name) {
-        files_.push_back(path_ + '/' + name);
-        return files_.back();
-    }
-    // A file whose whole path has that many bytes.
-    std::string fileOfLength(std::size_t length) {
-        return file(std::string(length - path_.size() - 1, 'x'));
-    }
-
-  private:
-    std::string path_;
-    std::vector<std::string> files_;
-};
+// The path of a file in a folder, with that many bytes.
+inline std::string pathOfLength(const TemporaryFolder& folder, std::size_t length) {
+    return folder / std::string(length - folder.path().size() - 1, 'x');
+}
 
 // Does something after a while, on a thread of its own.
 class Later {

@@ -122,7 +122,7 @@ TEST(SocatTest, SendsUdpToAnISCSocket) {
 
 TEST(SocatTest, SendsToAnIPCSocket) {
     TemporaryFolder folder;
-    std::string path = folder.file("socket");
+    std::string path = folder / "socket";
     IPCSocket socket(path.data());
     int code;
     ASSERT_TRUE(socket.initialize(code) && socket.bind());
@@ -138,7 +138,7 @@ TEST(SocatTest, SendsToAnIPCSocket) {
 
 TEST(SocatTest, ReceivesOnALocalSocketFromTheSocketFunctions) {
     TemporaryFolder folder;
-    const std::string path = folder.file("socket");
+    const std::string path = folder / "socket";
     const Socat socat("UNIX-RECV:" + path, "-");
     ASSERT_TRUE(socat.runs());
     sockaddr_un name{};
