@@ -1,6 +1,8 @@
 // OSThread as an already compiled host sees it: fields at offsets of a live object.
+#include <errno.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <type_traits>
 
@@ -31,7 +33,7 @@ class OSThreadLayoutTest : public testing::Test {
     OSThread* make() { return new (storage_) OSThread; }
     template <class Field>
     Field* at(std::size_t offset) {
-        return reinterpret_cast<Field*>(storage_ + offset);
+        return static_cast<Field*>(static_cast<void*>(storage_ + offset));
     }
 
     alignas(OSThread) unsigned char storage_[sizeof(OSThread)];

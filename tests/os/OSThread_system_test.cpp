@@ -41,29 +41,34 @@ int __wrap_pthread_join(pthread_t, void** value) {
     return 0;
 }
 
-int __wrap_pthread_mutex_init(pthread_mutex_t*, const pthread_mutexattr_t* attributes) {
+int __real_pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes);
+int __wrap_pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes) {
     calls.emplace_back(attributes ? "mutex with attributes" : "mutex");
-    return 0;
+    return __real_pthread_mutex_init(mutex, attributes);
 }
 
-int __wrap_pthread_cond_init(pthread_cond_t*, const pthread_condattr_t* attributes) {
+int __real_pthread_cond_init(pthread_cond_t* condition, const pthread_condattr_t* attributes);
+int __wrap_pthread_cond_init(pthread_cond_t* condition, const pthread_condattr_t* attributes) {
     calls.emplace_back(attributes ? "condition with attributes" : "condition");
-    return 0;
+    return __real_pthread_cond_init(condition, attributes);
 }
 
-int __wrap_pthread_mutex_destroy(pthread_mutex_t*) {
+int __real_pthread_mutex_destroy(pthread_mutex_t* mutex);
+int __wrap_pthread_mutex_destroy(pthread_mutex_t* mutex) {
     calls.emplace_back("destroy mutex");
-    return 0;
+    return __real_pthread_mutex_destroy(mutex);
 }
 
-int __wrap_pthread_cond_destroy(pthread_cond_t*) {
+int __real_pthread_cond_destroy(pthread_cond_t* condition);
+int __wrap_pthread_cond_destroy(pthread_cond_t* condition) {
     calls.emplace_back("destroy condition");
-    return 0;
+    return __real_pthread_cond_destroy(condition);
 }
 
-int __wrap_pthread_cond_signal(pthread_cond_t*) {
+int __real_pthread_cond_signal(pthread_cond_t* condition);
+int __wrap_pthread_cond_signal(pthread_cond_t* condition) {
     calls.emplace_back("signal");
-    return 0;
+    return __real_pthread_cond_signal(condition);
 }
 
 // The locks that the library itself keeps are none of this test's.
