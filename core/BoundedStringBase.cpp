@@ -19,7 +19,7 @@ using B = BoundedStringBase;
 constexpr int none = -1;
 
 // Plain text of up to this length is copied one by one; a longer one goes on in one go.
-constexpr int usualStretch = 8;
+constexpr std::size_t usualStretch = 8;
 
 // A directive's parts between "%" and the conversion.
 struct Directive {
@@ -88,7 +88,7 @@ unsigned long magnitudeOf(long num, bool isNegative) {
 }
 
 // Writes an integer; `base` is one of 2 to 36. Returns where the output stands then.
-BoundedOutput writeNumber(BoundedOutput out, long num, unsigned int base, Directive directive) {
+char* writeNumber(BoundedOutput out, long num, unsigned int base, Directive directive) {
     const bool large = directive.has(B::LARGE);
     const char sign = signOf(num, directive);
     const IntegerDigits digits(magnitudeOf(num, sign == '-'), base);
@@ -106,19 +106,19 @@ BoundedOutput writeNumber(BoundedOutput out, long num, unsigned int base, Direct
     out.fill('0', zeroPad ? zeros + pad : zeros);
     writeDigits(out, digits, large);
     if (left) out.fill(' ', pad);
-    return out;
+    return out.position();
 }
 
 // The same where nothing stands around the digits but a "-".
-BoundedOutput writePlainNumber(BoundedOutput out, long num, unsigned int base, int flags) {
+char* writePlainNumber(BoundedOutput out, long num, unsigned int base, int flags) {
     const bool isNegative = num < 0 && (flags & B::SIGN) != 0;
     if (isNegative) out.put('-');
     writeDigits(out, IntegerDigits(magnitudeOf(num, isNegative), base), (flags & B::LARGE) != 0);
-    return out;
+    return out.position();
 }
 
-BoundedOutput writeJustified(BoundedOutput out, const Directive& directive, const char* text,
-                             std::size_t length) {
+char* writeJustified(BoundedOutput out, const Directive& directive, const char* text,
+                     std::size_t length) {
     int pad = 0;
     if (directive.width > 0 && length < static_cast<unsigned int>(directive.width)) {
         pad = directive.width - static_cast<int>(length);
@@ -127,7 +127,7 @@ BoundedOutput writeJustified(BoundedOutput out, const Directive& directive, cons
     if (!left) out.fill(' ', pad);
     out.copy(text, length);
     if (left) out.fill(' ', pad);
-    return out;
+    return out.position();
 }
 
 // Walks a format and writes what it says.
@@ -159,10 +159,12 @@ class Formatter {
 
     // Copies all up to the next directive.
     void copyPlain() {
-        for (int i = 0; i < usualStretch; ++i) {
-            if (*next_ == '\0' || *next_ == '%') return;
-            out_.put(*next_++);
-        }
+        const std::size_t room = out_.room();
+        char* to = out_.position();
+        char* const end = to + (room < usualStretch ? room : usualStretch);
+        while (to != end && *next_ != '\0' && *next_ != '%') *to++ = *next_++;
+        out_.moveTo(to);
+        if (*next_ == '\0' || *next_ == '%') return;
         const std::size_t rest = std::strcspn(next_, "%");
         out_.copy(next_, rest);
         next_ += rest;
@@ -235,7 +237,7 @@ class Formatter {
 
     void writeCharacter(const Directive& directive) {
         const char c = static_cast<char>(arguments_.next<int>());
-        out_ = writeJustified(out_, directive, &c, 1);
+        out_.moveTo(writeJustified(out_, directive, &c, 1));
     }
 
     void writeText(const Directive& directive) {
@@ -244,7 +246,7 @@ class Formatter {
         const std::size_t length =
             directive.precision < 0 ? std::strlen(text)
                                     : strnlen(text, static_cast<std::size_t>(directive.precision));
-        out_ = writeJustified(out_, directive, text, length);
+        out_.moveTo(writeJustified(out_, directive, text, length));
     }
 
     void writePointer(Directive directive) {
@@ -253,8 +255,8 @@ class Formatter {
             directive.flags |= B::ZEROPAD;
         }
         void* const pointer = arguments_.next<void*>();
-        out_ = writeNumber(out_, static_cast<long>(reinterpret_cast<std::intptr_t>(pointer)), 16,
-                           directive);
+        out_.moveTo(writeNumber(out_, static_cast<long>(reinterpret_cast<std::intptr_t>(pointer)),
+                                16, directive));
     }
 
     void storeCount(const Directive& directive) {
@@ -274,8 +276,8 @@ class Formatter {
         if (conversion == 'X' || conversion == 'x') base = 16;
         if (conversion == 'o') base = 8;
         const long num = nextInteger(directive);
-        out_ = directive.isPlain() ? writePlainNumber(out_, num, base, directive.flags)
-                                   : writeNumber(out_, num, base, directive);
+        out_.moveTo(directive.isPlain() ? writePlainNumber(out_, num, base, directive.flags)
+                                        : writeNumber(out_, num, base, directive));
     }
 
     // The next integer, brought to the width that the qualifier names.
@@ -314,7 +316,7 @@ char* BoundedStringBase::number(char* out, char* end, long num, int base, int wi
     directive.flags = flags;
     directive.width = width;
     directive.precision = precision;
-    return writeNumber({out, end - 1}, num, static_cast<unsigned int>(base), directive).position();
+    return writeNumber({out, end - 1}, num, static_cast<unsigned int>(base), directive);
 }
 
 int BoundedStringBase::skip_atoi(const char** s) { return readDigits(*s); }

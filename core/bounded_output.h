@@ -58,10 +58,10 @@ class BoundedOutput {
 
     // Writes `c` `count` times; not at all for a negative count.
     void fill(char c, int count) {
-        if (count > 0) *this = filled(*this, c, static_cast<std::size_t>(count));
+        if (count > 0) moveTo(filled(*this, c, static_cast<std::size_t>(count)));
     }
 
-    void copy(const char* text, std::size_t count) { *this = copied(*this, text, count); }
+    void copy(const char* text, std::size_t count) { moveTo(copied(*this, text, count)); }
 
     // Moves on by `count` places and returns the first of them, to be written by the caller; null,
     // and no move, where there are not that many before the last place.
@@ -73,12 +73,14 @@ class BoundedOutput {
     }
 
     char* position() const { return position_; }
+    // Not beyond the last place.
+    void moveTo(char* position) { position_ = position; }
     std::size_t room() const { return static_cast<std::size_t>(last_ - position_); }
 
   private:
-    // Kept out of line, as they are called from many places; taking and giving values lets the
-    // callers' outputs stay in registers.
-    [[gnu::noinline]] static BoundedOutput filled(BoundedOutput out, char c, std::size_t count) {
+    // Kept out of line, as they are called from many places. They take a copy and give the new
+    // position, so that the callers' outputs can stay in registers.
+    [[gnu::noinline]] static char* filled(BoundedOutput out, char c, std::size_t count) {
         const std::size_t n = count < out.room() ? count : out.room();
         if (n <= 16) {
             fillShort(out.position_, c, n);
@@ -87,11 +89,10 @@ class BoundedOutput {
         }
         out.position_ += n;
         if (n < count) *out.position_ = c;
-        return out;
+        return out.position_;
     }
 
-    [[gnu::noinline]] static BoundedOutput copied(BoundedOutput out, const char* text,
-                                                  std::size_t count) {
+    [[gnu::noinline]] static char* copied(BoundedOutput out, const char* text, std::size_t count) {
         const std::size_t n = count < out.room() ? count : out.room();
         if (n <= 16) {
             copyShort(out.position_, text, n);
@@ -100,7 +101,7 @@ class BoundedOutput {
         }
         out.position_ += n;
         if (n < count) *out.position_ = text[count - 1];
-        return out;
+        return out.position_;
     }
 
     char* position_;
