@@ -7,6 +7,7 @@ set(kfl_public_headers
     BoundedStringBase.h
     Buffer.h
     Collection.h
+    CommunicationSocket.h
     Container.h
     Host.h
     IniFileParser.h
@@ -15,6 +16,7 @@ set(kfl_public_headers
     OSThread.h
     Protectable.h
     RandomNumberGenerator.h
+    Rijndael.h
     SObject.h
     SObjectArray.h
     StringFormat.h
@@ -26,6 +28,7 @@ set(kfl_public_headers
     export.h
     kfl.h
     process.h
+    sockets.h
     streams.h
     syslog_events.h
     version.h)

@@ -2,8 +2,11 @@
 
 #include <strings.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
+
+#include "core/allocation.h"
 
 namespace kfl {
 namespace {
@@ -19,8 +22,9 @@ int lookup(const char* text, std::size_t length, const char* const* table) {
 unsigned short portOf(const char* text) { return static_cast<unsigned short>(std::atoi(text)); }
 
 void assign(AString& string, const char* begin, const char* end) {
+    const unsigned int length = detail::checkedSize(static_cast<std::uint64_t>(end - begin));
     string.clear();
-    string.append(begin, static_cast<unsigned int>(end - begin));
+    string.append(begin, length);
 }
 
 // Takes the scheme off: moves `uri` behind it. False for an unknown scheme, or none and a leading

@@ -39,10 +39,9 @@ std::uint64_t grownCapacity(unsigned int capacity, unsigned int increment, unsig
     return n - capacity < increment ? std::uint64_t{capacity} + increment : n;
 }
 
-// Makes room for `n` characters; returns the array that is no longer needed, or null.
-char* makeRoom(char*& data, unsigned int& capacity, unsigned int length, unsigned int increment,
-               std::uint64_t n) {
-    if (capacity > n) return nullptr;
+// Moves a string of `length` characters to an array with room for `n`; returns the old array.
+[[gnu::noinline]] char* grow(char*& data, unsigned int& capacity, unsigned int length,
+                             unsigned int increment, std::uint64_t n) {
     const std::uint64_t grown = grownCapacity(capacity, increment, checkedSize(n));
     char* const room = allocateArray(grown + 1);
     copyText(room, data, length);
@@ -50,6 +49,12 @@ char* makeRoom(char*& data, unsigned int& capacity, unsigned int length, unsigne
     data = room;
     capacity = static_cast<unsigned int>(grown);
     return old;
+}
+
+// Makes room for `n` characters; returns the array that is no longer needed, or null.
+inline char* makeRoom(char*& data, unsigned int& capacity, unsigned int length,
+                      unsigned int increment, std::uint64_t n) {
+    return capacity > n ? nullptr : grow(data, capacity, length, increment, n);
 }
 
 // Copies a piece of a string's own text into the gap of `n` characters just opened in it: what
@@ -115,8 +120,7 @@ int AString::append(const char* text, unsigned int n) {
 int AString::append(const AString& s) { return append(s.data_); }
 
 int AString::append(char c) {
-    const Retired<char> old(
-        makeRoom(data_, capacity_, length_, increment_, std::uint64_t{length_} + 1));
+    if (capacity_ - length_ < 2) expandTo(length_ + 1);
     data_[length_] = c;
     data_[++length_] = '\0';
     return 1;

@@ -20,6 +20,28 @@ unsigned char* newBlock(std::uint64_t maxSize) {
     return reinterpret_cast<unsigned char*>(kfl::detail::allocateArray(maxSize + 1));
 }
 
+// Moves the written bytes to a block of that size; returns the old block.
+unsigned char* replaceBlock(unsigned char*& data, unsigned& maxSize, unsigned writeCount,
+                            std::uint64_t newMaxSize) {
+    unsigned char* const block = newBlock(newMaxSize);
+    copyBytes(block, data, writeCount);
+    unsigned char* const old = data;
+    data = block;
+    maxSize = static_cast<unsigned>(newMaxSize);
+    return old;
+}
+
+// Grows for `count` more bytes where they do not fit and growth is allowed; returns the block that
+// is no longer needed, or null.
+unsigned char* growFor(unsigned count, unsigned char*& data, unsigned& maxSize, unsigned writeCount,
+                       unsigned increment) {
+    const std::uint64_t needed = std::uint64_t{writeCount} + count;
+    if (needed <= maxSize || increment == 0) return nullptr;
+    // Kept on purpose: the remainder, not the quotient, so the block may still be too small.
+    const std::uint64_t steps = (needed - maxSize) % increment + 1;
+    return replaceBlock(data, maxSize, writeCount, maxSize + steps * increment);
+}
+
 // Kept on purpose: how often a one-location operation turns for `count` bytes.
 int oneLocationTurns(unsigned count) { return static_cast<std::int16_t>(count); }
 
@@ -87,7 +109,7 @@ unsigned Buffer::Read(unsigned char* dest, unsigned count) {
 void Buffer::Unread(unsigned count) { readIndex -= smallerOf(count, readIndex); }
 
 unsigned Buffer::Write(unsigned char* src, unsigned count) {
-    const Retired<unsigned char> old(growFor(count));
+    const Retired<unsigned char> old(growFor(count, data, maxSize, writeCount, increment));
     const unsigned k = smallerOf(maxSize - writeCount, count);
     copyBytes(data + writeCount, src, k);
     writeCount += k;
@@ -107,7 +129,7 @@ unsigned Buffer::OneLocationRead(unsigned char* dest, unsigned count) {
 }
 
 unsigned Buffer::OneLocationWrite(unsigned char* src, unsigned count) {
-    const Retired<unsigned char> old(growFor(count));
+    const Retired<unsigned char> old(growFor(count, data, maxSize, writeCount, increment));
     const unsigned k = smallerOf(maxSize - writeCount, count);
     const volatile unsigned char* const port = src;
     for (int turn = oneLocationTurns(k); turn > 0; --turn) data[writeCount++] = *port;
@@ -116,7 +138,8 @@ unsigned Buffer::OneLocationWrite(unsigned char* src, unsigned count) {
 
 unsigned Buffer::ReadWrite(Buffer& dest, Buffer& src, unsigned count) {
     const unsigned k = smallerOf(src.unread(), count);
-    const Retired<unsigned char> old(dest.growFor(k));
+    const Retired<unsigned char> old(
+        growFor(k, dest.data, dest.maxSize, dest.writeCount, dest.increment));
     const unsigned m = smallerOf(dest.maxSize - dest.writeCount, k);
     copyBytes(dest.data + dest.writeCount, src.data + src.readIndex, m);
     src.readIndex += m;
@@ -127,7 +150,8 @@ unsigned Buffer::ReadWrite(Buffer& dest, Buffer& src, unsigned count) {
 Buffer& Buffer::operator+=(const Buffer& other) {
     const unsigned count = other.writeCount;
     const std::uint64_t needed = std::uint64_t{writeCount} + count;
-    const Retired<unsigned char> old(needed > maxSize ? replaceBlock(needed) : nullptr);
+    const Retired<unsigned char> old(
+        needed > maxSize ? replaceBlock(data, maxSize, writeCount, needed) : nullptr);
     copyBytes(data + writeCount, other.data, count);
     writeCount += count;
     return *this;
@@ -146,24 +170,4 @@ unsigned Buffer::MaxSize() { return maxSize; }
 
 void Buffer::SetWriteCount(unsigned count) {
     if (count <= maxSize) writeCount = count;
-}
-
-// Grows for `count` more bytes where they do not fit and growth is allowed; returns the block that
-// is no longer needed, or null.
-unsigned char* Buffer::growFor(unsigned count) {
-    const std::uint64_t needed = std::uint64_t{writeCount} + count;
-    if (needed <= maxSize || increment == 0) return nullptr;
-    // Kept on purpose: the remainder, not the quotient, so the block may still be too small.
-    const std::uint64_t steps = (needed - maxSize) % increment + 1;
-    return replaceBlock(maxSize + steps * increment);
-}
-
-// Moves the written bytes to a block of that size; returns the old one.
-unsigned char* Buffer::replaceBlock(unsigned long long newMaxSize) {
-    unsigned char* const block = newBlock(newMaxSize);
-    copyBytes(block, data, writeCount);
-    unsigned char* const old = data;
-    data = block;
-    maxSize = static_cast<unsigned>(newMaxSize);
-    return old;
 }

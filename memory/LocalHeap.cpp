@@ -24,6 +24,11 @@ void* readWord(const void* place) {
 // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker)
 void writeWord(void* place, void* word) { std::memcpy(place, &word, wordSize); }
 
+// The first slot of a pool; null where there are none.
+char* firstSlot(void* pool, unsigned slots) {
+    return slots > 0 ? static_cast<char*>(pool) + wordSize : nullptr;
+}
+
 }  // namespace
 
 LocalHeap::LocalHeap(unsigned blocksPerPool_, unsigned blockSize_,
@@ -49,18 +54,18 @@ LocalHeap::~LocalHeap() {
 
 void LocalHeap::initialize() {
     firstPool = lastPool = createPool();
-    if (firstPool) freeList = firstSlot(firstPool);
+    if (firstPool) freeList = firstSlot(firstPool, blocksPerPool);
 }
 
 void* LocalHeap::createPool() {
     const std::uint64_t stride = std::uint64_t{blockSize} + wordSize;
-    // A product past 64 bits is past 32 bits as well.
-    if (stride * blocksPerPool > UINT32_MAX - wordSize) return nullptr;
+    // The first comparison keeps the product of the second within 64 bits.
+    if (stride > UINT32_MAX || stride * blocksPerPool > UINT32_MAX - wordSize) return nullptr;
     void* const pool = std::malloc(static_cast<std::size_t>(wordSize + stride * blocksPerPool));
     if (!pool) return nullptr;
 
     writeWord(pool, nullptr);
-    char* slot = firstSlot(pool);
+    char* slot = firstSlot(pool, blocksPerPool);
     for (unsigned i = 1; i < blocksPerPool; ++i, slot += stride) writeWord(slot, slot + stride);
     if (slot) writeWord(slot, nullptr);
     return pool;
@@ -77,7 +82,7 @@ void* LocalHeap::allocateBlock(unsigned size) {
         if (void* const pool = createPool()) {
             writeWord(lastPool, pool);
             lastPool = pool;
-            freeList = firstSlot(pool);
+            freeList = firstSlot(pool, blocksPerPool);
         }
     }
     if (!freeList) kfl::detail::haltForever();
@@ -93,9 +98,4 @@ void LocalHeap::deallocateBlock(void* block, unsigned size) {
     writeWord(slot, freeList);
     freeList = slot;
     --blocksInUse;
-}
-
-// The first slot of a pool; null where there are none.
-char* LocalHeap::firstSlot(void* pool) const {
-    return blocksPerPool > 0 ? static_cast<char*>(pool) + wordSize : nullptr;
 }

@@ -92,9 +92,6 @@ class KFL_EXPORT Buffer : public Protectable {
     const unsigned char* bytes() const { return data; }
 
   private:
-    unsigned char* growFor(unsigned count);
-    unsigned char* replaceBlock(unsigned long long newMaxSize);
-
     unsigned maxSize;
     unsigned increment;
     unsigned char* data;

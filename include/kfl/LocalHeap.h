@@ -55,8 +55,6 @@ class KFL_EXPORT LocalHeap {
     unsigned maxInUse() const { return maxBlocksInUse; }
 
   private:
-    char* firstSlot(void* pool) const;
-
     AllocateMethod method;
     unsigned blocksPerPool;
     unsigned blockSize;

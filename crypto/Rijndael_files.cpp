@@ -1,0 +1,133 @@
+// The file operations of kfl/Rijndael.h.
+#include <stdio.h>
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <cstring>
+
+#include "crypto/cipher_event.h"
+#include "kfl/Rijndael.h"
+
+namespace kfl::AES {
+namespace {
+
+// How much of a file is worked on at once: whole blocks of every size, and whole pages.
+constexpr unsigned pieceSize = 96 * 512;
+
+// What tells the two operations apart: the open modes, what the end of the input is filled up with,
+// and the work itself.
+struct Operation {
+    const char* readMode;
+    const char* writeMode;
+    int filler;
+    void (Rijndael::*run)(const char* in, char* result, unsigned n, int mode);
+};
+
+FILE* openFile(const char* name, const char* mode) { return name ? fopen(name, mode) : nullptr; }
+
+// A name as printf would show it.
+const char* shown(const char* name) { return name ? name : "(null)"; }
+
+// Both files of an operation; either may have failed to open. They end input first.
+class Files {
+  public:
+    Files(const char* inName, const char* outName, const Operation& operation)
+        : in_(openFile(inName, operation.readMode)), out_(nullptr) {
+        if (!in_) {
+            detail::reportCipherError(Parms("Unable to open %s", shown(inName)));
+        } else if (out_ = openFile(outName, operation.writeMode); !out_) {
+            detail::reportCipherError(Parms("Unable to create %s", shown(outName)));
+        }
+    }
+    ~Files() {
+        if (in_) fclose(in_);
+        if (out_) fclose(out_);
+    }
+    Files(const Files&) = delete;
+    Files& operator=(const Files&) = delete;
+
+    bool areOpen() const { return out_ != nullptr; }
+
+    // The input's length in bytes; 0 for what has none.
+    std::uint64_t inputLength() const {
+        struct stat status;
+        const bool isDirectory = fstat(fileno(in_), &status) == 0 && S_ISDIR(status.st_mode);
+        fseeko(in_, 0, SEEK_END);
+        const off_t end = ftello(in_);
+        rewind(in_);
+        return end > 0 && !isDirectory ? static_cast<std::uint64_t>(end) : 0;
+    }
+
+    // Reads `n` bytes; what the file does not have is filled up.
+    void read(char* bytes, unsigned n, int filler) {
+        const std::size_t got = fread(bytes, 1, n, in_);
+        std::memset(bytes + got, filler, n - got);
+    }
+
+    // Once a write has failed, nothing is written behind the gap.
+    void write(const char* bytes, unsigned n) {
+        if (!ferror(out_)) fwrite(bytes, 1, n, out_);
+    }
+
+  private:
+    FILE* in_;
+    FILE* out_;
+};
+
+// A working area.
+class Area {
+  public:
+    explicit Area(unsigned size) : bytes_(new char[size]) {}
+    ~Area() { delete[] bytes_; }
+    Area(const Area&) = delete;
+    Area& operator=(const Area&) = delete;
+
+    char* bytes() { return bytes_; }
+
+  private:
+    char* bytes_;
+};
+
+unsigned pieceOf(std::uint64_t left) {
+    return left < pieceSize ? static_cast<unsigned>(left) : pieceSize;
+}
+
+// Works on a file piece by piece, the chain carrying on. An empty one, and a cipher without a key,
+// whose block size is 0, are left to the operation to report.
+void runOnFile(Rijndael& cipher, const Operation& operation, Files& files, int mode) {
+    const unsigned blockSize = static_cast<unsigned>(cipher.blockBytes());
+    const std::uint64_t length = blockSize > 0 ? files.inputLength() : 0;
+    std::uint64_t left = length > 0 ? (length + blockSize - 1) / blockSize * blockSize : 0;
+    Area in(pieceOf(left));
+    Area result(pieceOf(left));
+    do {
+        const unsigned n = pieceOf(left);
+        files.read(in.bytes(), n, operation.filler);
+        (cipher.*operation.run)(in.bytes(), result.bytes(), n, mode);
+        files.write(result.bytes(), n);
+        left -= n;
+    } while (left > 0);
+}
+
+// Kept on purpose: the open modes differ, and so does what fills up the last block: enciphering
+// takes the end of the file for bytes of 0xFF, deciphering leaves its zeroed area as it was.
+constexpr Operation encipherFile{"r", "wb", 0xFF, &Rijndael::encrypt};
+constexpr Operation decipherFile{"rb", "w", 0, &Rijndael::decrypt};
+
+void runOnFiles(Rijndael& cipher, const Operation& operation, const char* inName,
+                const char* outName, int mode) {
+    Files files(inName, outName, operation);
+    if (files.areOpen()) runOnFile(cipher, operation, files, mode);
+}
+
+}  // namespace
+
+void Rijndael::encryptFile(const char* inName, const char* outName, int mode) {
+    runOnFiles(*this, encipherFile, inName, outName, mode);
+}
+
+void Rijndael::decryptFile(const char* inName, const char* outName, int mode) {
+    runOnFiles(*this, decipherFile, inName, outName, mode);
+}
+
+}  // namespace kfl::AES

@@ -1,0 +1,17 @@
+#include "crypto/galois.h"
+#include "kfl/Rijndael.h"
+
+namespace kfl::AES {
+namespace {
+
+constexpr unsigned int entry(unsigned a) {
+    return detail::unmixedColumn(detail::unsubstituted(a), 2);
+}
+
+}  // namespace
+
+const unsigned int Rijndael::_T7[256] = {
+#include "crypto/tables/every_byte.inc"
+};
+
+}  // namespace kfl::AES

@@ -1,0 +1,15 @@
+#include "crypto/galois.h"
+#include "kfl/Rijndael.h"
+
+namespace kfl::AES {
+namespace {
+
+constexpr unsigned int entry(unsigned a) { return detail::unmixedColumn(a, 1); }
+
+}  // namespace
+
+const unsigned int Rijndael::_U2[256] = {
+#include "crypto/tables/every_byte.inc"
+};
+
+}  // namespace kfl::AES

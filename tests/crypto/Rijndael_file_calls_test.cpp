@@ -1,0 +1,226 @@
+// The file operations' dealings with the C library and the allocator: this program stands between
+// the library and both (the linker's --wrap), writes down what is called, and lets calls fail.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "tests/crypto/cipher_support.h"
+#include "tests/support/counted_new.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+// What is called while isRecording. Room for all of it is there beforehand, and the texts are
+// short, so that writing down allocates nothing.
+std::vector<std::string> calls;
+bool isRecording = false;
+// The first file that was opened: the input.
+std::FILE* firstFile = nullptr;
+// How many blocks of memory there were at the start, and when the first file was closed.
+unsigned long liveAtStart = 0;
+unsigned long liveAtClose = 0;
+
+void record(const std::string& call) {
+    if (isRecording) calls.push_back(call);
+}
+
+std::string baseName(const char* path) { return std::strrchr(path, '/') + 1; }
+
+unsigned long liveBlocks() { return kfl_test::allocations::made - kfl_test::allocations::released; }
+
+}  // namespace
+
+extern "C" {
+std::FILE* __real_fopen64(const char* name, const char* mode);
+std::FILE* __wrap_fopen64(const char* name, const char* mode);
+int __real_fclose(std::FILE* file);
+int __wrap_fclose(std::FILE* file);
+size_t __real_fread(void* to, size_t size, size_t count, std::FILE* file);
+size_t __wrap_fread(void* to, size_t size, size_t count, std::FILE* file);
+}
+
+namespace {
+
+// How many bytes fread still gives before it fails.
+long readable = -1;
+
+}  // namespace
+
+std::FILE* __wrap_fopen64(const char* name, const char* mode) {
+    std::FILE* const file = __real_fopen64(name, mode);
+    if (isRecording) {
+        record("open " + baseName(name) + ' ' + mode);
+        if (!firstFile) firstFile = file;
+    }
+    return file;
+}
+
+int __wrap_fclose(std::FILE* file) {
+    if (isRecording) {
+        if (file == firstFile) liveAtClose = liveBlocks();
+        record(file == firstFile ? "close input" : "close output");
+    }
+    return __real_fclose(file);
+}
+
+size_t __wrap_fread(void* to, size_t size, size_t count, std::FILE* file) {
+    if (readable < 0 || !isRecording) return __real_fread(to, size, count, file);
+    const size_t n = std::min(size * count, static_cast<size_t>(readable));
+    readable -= static_cast<long>(n);
+    return __real_fread(to, 1, n, file) / size;
+}
+
+namespace {
+
+using kfl_test::Bytes;
+using kfl_test::chars;
+using kfl_test::Keyed;
+using kfl_test::Rijndael;
+using Calls = std::vector<std::string>;
+
+using FileOperation = void (Rijndael::*)(const char*, const char*, int);
+
+class RijndaelFileCallsTest : public testing::Test {
+  protected:
+    RijndaelFileCallsTest() {
+        kfl_test::clearEvents();
+        in = folder.write("in", std::string(100000, 'x'));
+        out = folder / "out";
+    }
+    ~RijndaelFileCallsTest() override { kfl_test::clearEvents(); }
+
+    // The calls of one operation.
+    const Calls& callsOf(FileOperation operation, Rijndael& worker, const std::string& from,
+                         const std::string& to) {
+        calls.clear();
+        calls.reserve(16);
+        firstFile = nullptr;
+        liveAtStart = liveBlocks();
+        isRecording = true;
+        try {
+            (worker.*operation)(from.c_str(), to.c_str(), Rijndael::modeCBC);
+        } catch (const std::bad_alloc&) {
+            record("bad_alloc");
+        }
+        isRecording = false;
+        return calls;
+    }
+
+    kfl_test::TemporaryFolder folder;
+    std::string in;
+    std::string out;
+    Keyed cipher{Bytes(16), Bytes(16)};
+};
+
+// Kept on purpose: enciphering and deciphering open their files in different modes.
+TEST_F(RijndaelFileCallsTest, FilesAreOpenedInGivenModesAndClosedInputFirst) {
+    EXPECT_EQ(callsOf(&Rijndael::encryptFile, *cipher, in, out),
+              (Calls{"open in r", "open out wb", "close input", "close output"}));
+    EXPECT_EQ(callsOf(&Rijndael::decryptFile, *cipher, in, out),
+              (Calls{"open in rb", "open out w", "close input", "close output"}));
+}
+
+TEST_F(RijndaelFileCallsTest, WithoutAKeyTheOrderIsTheSame) {
+    Rijndael fresh;
+    EXPECT_EQ(callsOf(&Rijndael::encryptFile, fresh, in, out),
+              (Calls{"open in r", "open out wb", "close input", "close output"}));
+}
+
+TEST_F(RijndaelFileCallsTest, MissingInputEndsTheOperation) {
+    EXPECT_EQ(callsOf(&Rijndael::encryptFile, *cipher, folder / "no", out), (Calls{"open no r"}));
+    EXPECT_EQ(callsOf(&Rijndael::decryptFile, *cipher, folder / "no", out), (Calls{"open no rb"}));
+}
+
+TEST_F(RijndaelFileCallsTest, InputIsClosedAfterTheReportOfAMissingOutput) {
+    kfl_test::setEventHook([](const kfl_test::Event&) { record("report"); });
+    EXPECT_EQ(callsOf(&Rijndael::encryptFile, *cipher, in, folder / "no/out"),
+              (Calls{"open in r", "open out wb", "report", "close input"}));
+    EXPECT_EQ(callsOf(&Rijndael::decryptFile, *cipher, in, folder / "no/out"),
+              (Calls{"open in rb", "open out w", "report", "close input"}));
+    kfl_test::setEventHook(nullptr);
+}
+
+TEST_F(RijndaelFileCallsTest, FailedAllocationPassesThroughWithBothFilesClosed) {
+    const Bytes chain = cipher.chain();
+    for (const FileOperation operation : {&Rijndael::encryptFile, &Rijndael::decryptFile}) {
+        for (unsigned long n = 1; n <= 2; ++n) {
+            const kfl_test::FailingNew failing(n);
+            const Calls& seen = callsOf(operation, *cipher, in, out);
+            ASSERT_EQ(seen.size(), 5U);
+            EXPECT_EQ(seen[2], "close input");
+            EXPECT_EQ(seen[3], "close output");
+            EXPECT_EQ(seen[4], "bad_alloc");
+            EXPECT_EQ(liveAtClose, liveAtStart);
+            EXPECT_EQ(cipher.chain(), chain);
+        }
+        {
+            // There is no third one.
+            const kfl_test::FailingNew third(3);
+            EXPECT_EQ(callsOf(operation, *cipher, in, out).size(), 4U);
+        }
+        kfl_test::makeKey(*cipher, Bytes(16), chain);
+    }
+}
+
+TEST_F(RijndaelFileCallsTest, AreasAreReleasedBeforeTheFilesAreClosed) {
+    for (const FileOperation operation : {&Rijndael::encryptFile, &Rijndael::decryptFile}) {
+        const kfl_test::AllocationCount count;
+        callsOf(operation, *cipher, in, out);
+        EXPECT_EQ(liveAtClose, liveAtStart);
+        EXPECT_GE(count.made(), 2U);
+    }
+}
+
+// A read that fails ends the file for enciphering and deciphering alike; what is missing is filled
+// up, as if the file had been cut after its length was taken.
+TEST_F(RijndaelFileCallsTest, ShortReadIsFilledUp) {
+    for (const long length : {0L, 5L, 49152L, 60001L}) {
+        Bytes text(100000, 'x');
+        std::fill(text.begin() + length, text.end(), static_cast<kfl_test::Byte>(0xFF));
+        readable = length;
+        callsOf(&Rijndael::encryptFile, *Keyed(Bytes(16), Bytes(16)), in, out);
+        readable = -1;
+        std::FILE* const coded = std::fopen(out.c_str(), "rb");
+        Bytes found(100000);
+        EXPECT_EQ(std::fread(found.data(), 1, found.size(), coded), found.size());
+        std::fclose(coded);
+        EXPECT_TRUE(found == Keyed(Bytes(16), Bytes(16)).encrypted(text, Rijndael::modeCBC));
+
+        std::fill(text.begin() + length, text.end(), static_cast<kfl_test::Byte>(0));
+        readable = length;
+        callsOf(&Rijndael::decryptFile, *Keyed(Bytes(16), Bytes(16)), in, out);
+        readable = -1;
+        std::FILE* const decoded = std::fopen(out.c_str(), "rb");
+        EXPECT_EQ(std::fread(found.data(), 1, found.size(), decoded), found.size());
+        std::fclose(decoded);
+        EXPECT_TRUE(found == Keyed(Bytes(16), Bytes(16)).decrypted(text, Rijndael::modeCBC));
+    }
+}
+
+TEST_F(RijndaelFileCallsTest, MemoryDoesNotGrowWithTheFile) {
+    const std::string longFile = folder.write("long", std::string(4000000, 'y'));
+    const kfl_test::AllocationCount count;
+    cipher->encryptFile(longFile.c_str(), out.c_str(), Rijndael::modeECB);
+    EXPECT_EQ(count.made(), 2U);
+    EXPECT_EQ(count.live(), 0);
+    EXPECT_LE(kfl_test::allocations::lastSize, 65536U);
+}
+
+TEST_F(RijndaelFileCallsTest, BlocksAndTextsTakeNoMemory) {
+    Bytes memory(4096, 1);
+    const kfl_test::AllocationCount count;
+    cipher->encryptBlock(chars(memory), chars(memory));
+    cipher->decryptBlock(chars(memory), chars(memory));
+    cipher->makeKey(chars(memory), Rijndael::_nullchain, 32, 32);
+    for (int mode = 0; mode < 3; ++mode) {
+        cipher->encrypt(chars(memory), chars(memory), 4096, mode);
+        cipher->decrypt(chars(memory), chars(memory), 4096, mode);
+    }
+    EXPECT_EQ(count.made(), 0U);
+}
+
+}  // namespace
