@@ -1,5 +1,6 @@
 // osCopyFile: what a small file holds goes through a buffer, what a large one holds is copied
 // inside the kernel where the kernel can.
+#include <errno.h>
 #include <fcntl.h>
 #include <sys/sendfile.h>
 #include <sys/syscall.h>
@@ -30,40 +31,52 @@ void writeAll(int to, const char* data, size_t size) {
     }
 }
 
-// Copies one bufferful; tells how much there was. A read error ends the copy as the end does.
-size_t copyPiece(int from, int to) {
-    char buffer[bufferSize];
-    const ssize_t size = read(from, buffer, sizeof buffer);
-    if (size <= 0) return 0;
-    writeAll(to, buffer, static_cast<size_t>(size));
-    return static_cast<size_t>(size);
-}
-
-ssize_t copyFileRange(int from, int to) {
+ssize_t copyFileRange(int from, loff_t* fromAt, int to, loff_t* toAt) {
 #ifdef SYS_copy_file_range
-    return syscall(SYS_copy_file_range, from, nullptr, to, nullptr, kernelPiece, 0U);
+    return syscall(SYS_copy_file_range, from, fromAt, to, toAt, kernelPiece, 0U);
 #else
-    return sendfile(to, from, nullptr, kernelPiece);
+    errno = ENOSYS;
+    return -1;
 #endif
 }
 
-// Both calls move the descriptors' own positions, so whatever they leave undone, at their end or
-// where they refuse, is found there by the next read.
-void copyInKernel(int from, int to) {
+// The first way: copies from the start on, by positions of its own, which it leaves behind the last
+// byte. Tells whether that was the end.
+bool copyRanges(int from, off_t& fromAt, int to) {
+    loff_t source = 0;
+    loff_t target = 0;
     ssize_t copied = 0;
-    while ((copied = copyFileRange(from, to)) > 0) {
+    while ((copied = copyFileRange(from, &source, to, &target)) > 0) {
     }
-    if (copied == 0) return;
-    while (sendfile(to, from, nullptr, kernelPiece) > 0) {
-    }
+    if (target > 0) lseek(to, target, SEEK_SET);
+    fromAt = source;
+    return copied == 0;
 }
 
-// Only a read that finds nothing is the end: files of the kernel claim to be empty, and a call
-// inside the kernel believes them.
+// Copies inside the kernel what it can, from the start on, whatever has been read of `from`
+// already. Tells whether that was anything; both files then stand behind it, and the next read
+// finds what was left undone. Where it was nothing, neither has moved.
+bool copyInKernel(int from, int to) {
+    off_t position = 0;
+    if (!copyRanges(from, position, to)) {
+        while (sendfile(to, from, &position, kernelPiece) > 0) {
+        }
+    }
+    return position > 0 && lseek(from, position, SEEK_SET) == position;
+}
+
+// A large file is left to the kernel from its first byte on: a piece written beforehand would spoil
+// the alignment of all that follows. Only a read that finds nothing is the end, and a read error
+// ends the copy as that does: files of the kernel claim to be empty, and a copy inside it believes
+// them.
 void copyContents(int from, int to) {
-    size_t size = copyPiece(from, to);
-    if (size == bufferSize) copyInKernel(from, to);
-    while (size > 0) size = copyPiece(from, to);
+    char buffer[bufferSize];
+    ssize_t size = read(from, buffer, sizeof buffer);
+    if (size == sizeof buffer && copyInKernel(from, to)) size = read(from, buffer, sizeof buffer);
+    while (size > 0) {
+        writeAll(to, buffer, static_cast<size_t>(size));
+        size = read(from, buffer, sizeof buffer);
+    }
 }
 
 }  // namespace

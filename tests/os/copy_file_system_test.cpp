@@ -165,24 +165,24 @@ TEST_F(CopyFileSystemTest, OpensNoTargetWhenTheSourceCannotBeOpened) {
 
 TEST_F(CopyFileSystemTest, CopiesALargeFileInsideTheKernel) {
     EXPECT_TRUE(copy(1 << 20) == bytes_);
-    EXPECT_EQ(calls, (Calls{"open", "open", "read", "write", "copy_file_range", "copy_file_range",
-                            "read", "close source", "close target"}));
+    EXPECT_EQ(calls, (Calls{"open", "open", "read", "copy_file_range", "copy_file_range", "read",
+                            "close source", "close target"}));
 }
 
 TEST_F(CopyFileSystemTest, GoesOnAfterAPieceInsideTheKernel) {
     mostToCopy = [](std::size_t) { return 1000; };
     EXPECT_TRUE(copy(bufferSize + 2500) == bytes_);
-    EXPECT_EQ(std::count(calls.begin(), calls.end(), "copy_file_range"), 4);
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "copy_file_range"), 20);
 }
 
 TEST_F(CopyFileSystemTest, TriesTheNextWayWhereOneIsRefused) {
     rangeWorks = never;
     EXPECT_TRUE(copy(1 << 20) == bytes_);
-    EXPECT_EQ(calls, (Calls{"open", "open", "read", "write", "copy_file_range", "sendfile",
-                            "sendfile", "read", "close source", "close target"}));
+    EXPECT_EQ(calls, (Calls{"open", "open", "read", "copy_file_range", "sendfile", "sendfile",
+                            "read", "close source", "close target"}));
     sendfileWorks = never;
     EXPECT_TRUE(copy(3 * bufferSize - 1) == bytes_);
-    EXPECT_EQ(calls, (Calls{"open", "open", "read", "write", "copy_file_range", "sendfile", "read",
+    EXPECT_EQ(calls, (Calls{"open", "open", "read", "copy_file_range", "sendfile", "write", "read",
                             "write", "read", "write", "read", "close source", "close target"}));
 }
 
@@ -191,10 +191,10 @@ TEST_F(CopyFileSystemTest, GoesOnWhereOneWayStopped) {
     rangeWorks = times(2);
     sendfileWorks = times(3);
     EXPECT_TRUE(copy(3 * bufferSize) == bytes_);
-    EXPECT_EQ(calls,
-              (Calls{"open", "open", "read", "write", "copy_file_range", "copy_file_range",
-                     "copy_file_range", "sendfile", "sendfile", "sendfile", "sendfile", "read",
-                     "write", "read", "write", "read", "close source", "close target"}));
+    EXPECT_EQ(calls, (Calls{"open", "open", "read", "copy_file_range", "copy_file_range",
+                            "copy_file_range", "sendfile", "sendfile", "sendfile", "sendfile",
+                            "read", "write", "read", "write", "read", "write", "read",
+                            "close source", "close target"}));
 }
 
 // Some kernels take files of their own at their word, which is that they are empty.
@@ -227,7 +227,7 @@ TEST_F(CopyFileSystemTest, KeepsWhatTheKernelCopiedBeforeAReadError) {
     readsThatWork = 1;
     readError = EIO;
     const std::string arrived = copy(5 * bufferSize);
-    EXPECT_TRUE(arrived == bytes_.substr(0, bufferSize + 2000));
+    EXPECT_TRUE(arrived == bytes_.substr(0, 2000));
 }
 
 TEST_F(CopyFileSystemTest, WritesOnAfterAShortWrite) {

@@ -178,7 +178,8 @@ TEST_F(ThreadIdsTest, AgreeWithAModel) {
             ASSERT_EQ(std::count(known.begin(), known.end(), id), 0);
             known.push_back(id);
         } else {
-            const auto place = known.begin() + random.below(static_cast<unsigned>(known.size()));
+            const auto place =
+                known.begin() + random.between(0, static_cast<int>(known.size()) - 1);
             joinResult = random.oneIn(3) ? EDEADLK : 0;
             ASSERT_EQ(join(*place), joinResult);
             if (joinResult == 0) {
