@@ -39,7 +39,12 @@ struct Command {
 };
 
 // The subcommands, in alphabetical order.
+extern const Command alarmCommand;
+extern const Command eventCommand;
 extern const Command iniCommand;
+extern const Command listenCommand;
+extern const Command runCommand;
+extern const Command sendCommand;
 
 // Thrown by fail and usageError, and by --help; main ends the process with it.
 struct Exit {

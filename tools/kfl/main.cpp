@@ -10,7 +10,8 @@ namespace kfl_tool {
 namespace {
 
 // In alphabetical order.
-const Command* const commands[] = {&iniCommand};
+const Command* const commands[] = {&alarmCommand,  &eventCommand, &iniCommand,
+                                   &listenCommand, &runCommand,   &sendCommand};
 
 void printHelp() {
     std::puts(
