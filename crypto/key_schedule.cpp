@@ -47,14 +47,9 @@ void expandKey(const char* key, int keyWords, int blockWords, int rounds,
     unsigned words[mostWords];
     const int count = (rounds + 1) * blockWords;
     switch (keyWords) {
-        case 4:
-            expand<4>(key, words, count);
-            break;
-        case 6:
-            expand<6>(key, words, count);
-            break;
-        default:
-            expand<8>(key, words, count);
+        case 4: expand<4>(key, words, count); break;
+        case 6: expand<6>(key, words, count); break;
+        default: expand<8>(key, words, count);
     }
     const unsigned* from = words;
     for (int r = 0; r <= rounds; ++r, from += blockWords) {
