@@ -91,7 +91,7 @@ template <class Way, int Columns, int... I>
 
 // All rounds of one block.
 template <class Way, int Columns>
-[[gnu::always_inline]] inline void transform(Block<Columns>& t, const RoundKeys& keys) {
+[[gnu::always_inline]] inline void transform(Block<Columns>& t, RoundKeys keys) {
     using All = typename Block<Columns>::All;
     const unsigned(*row)[8] = keys.row;
     t.add(*row++);
@@ -107,7 +107,7 @@ template <class Way, int Columns>
 // which the other waits for its own; the processor does the mixing.
 template <class Way, int Columns>
 [[gnu::always_inline]] inline void transformBoth(Block<Columns>& a, Block<Columns>& b,
-                                                 const RoundKeys& keys) {
+                                                 RoundKeys keys) {
     using All = typename Block<Columns>::All;
     const unsigned(*row)[8] = keys.row;
     a.add(*row);
