@@ -7,12 +7,15 @@ set(kfl_public_headers
     BoundedStringBase.h
     Buffer.h
     Collection.h
+    CommunicationSocket.h
     Container.h
     Host.h
     IniFileParser.h
     KeyValue.h
     LocalHeap.h
+    OSThread.h
     Protectable.h
+    RandomNumberGenerator.h
     Rijndael.h
     SObject.h
     SObjectArray.h
@@ -24,7 +27,10 @@ set(kfl_public_headers
     VoidPtrStack.h
     export.h
     kfl.h
+    process.h
+    sockets.h
     streams.h
+    syslog_events.h
     version.h)
 list(TRANSFORM kfl_public_headers PREPEND ${PROJECT_SOURCE_DIR}/include/kfl/)
 install(FILES ${kfl_public_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kfl COMPONENT development)

@@ -72,7 +72,7 @@ SObject* OrdCollect::insertAt(unsigned int index, SObject* item) {
 }
 
 SObject* OrdCollect::removeAt(unsigned int index) {
-    if (index >= count() || index >= itemCount_) return nullptr;
+    if (index >= count()) return nullptr;
     return detail::remove<SObject*>(items_, itemCount_, index);
 }
 

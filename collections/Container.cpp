@@ -40,7 +40,8 @@ void Container::expandTo(unsigned int n) {
     }
     char* const grown = detail::allocateArray(n, elementSize_);
     const std::size_t total = std::size_t{n} * elementSize_;
-    const std::size_t kept = std::size_t{n < capacity_ ? n : capacity_} * elementSize_;
+    const unsigned int old = data_ ? capacity_ : 0;
+    const std::size_t kept = std::size_t{n < old ? n : old} * elementSize_;
     if (data_) std::memcpy(grown, data_, kept);
     std::memset(grown + kept, 0, total - kept);
     setData(grown);
@@ -76,7 +77,7 @@ unsigned int Container::atPut(unsigned int index, char* source, unsigned int n) 
 unsigned int Container::atPut(unsigned int index, char* source) { return atPut(index, source, 1); }
 
 unsigned int Container::atGet(unsigned int index, char* destination, unsigned int n) {
-    if (index >= capacity_) return 0;
+    if (index >= capacity_ || !data_) return 0;
     const unsigned int count = available(capacity_, index, n);
     copyBytes(destination, data_ + std::size_t{index} * elementSize_,
               std::size_t{count} * elementSize_);
@@ -90,7 +91,7 @@ unsigned int Container::atGet(unsigned int index, char* destination) {
 unsigned int Container::atPut(unsigned int index, Container* source, unsigned int n) {
     const unsigned int needed = detail::checkedSize(std::uint64_t{index} + source->capacity_);
     if (capacity_ < needed) expandTo(needed);
-    if (capacity_ < needed) return 0;
+    if (capacity_ < needed || (!data_ && n > 0)) return 0;
     copyBytes(data_ + std::size_t{index} * elementSize_, source->data_,
               std::size_t{n} * elementSize_);
     return n;
@@ -99,7 +100,7 @@ unsigned int Container::atPut(unsigned int index, Container* source, unsigned in
 unsigned int Container::atGet(unsigned int index, Container* destination, unsigned int n) {
     const unsigned int count = available(capacity_, index, n);
     if (destination->capacity_ < count) destination->expandTo(count);
-    if (!data_ || !destination->data_) return 0;
+    if (!data_ || !destination->data_ || destination->capacity_ < count) return 0;
     copyBytes(destination->data_, data_ + std::size_t{index} * elementSize_,
               std::size_t{count} * elementSize_);
     return count;

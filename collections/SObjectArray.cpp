@@ -30,13 +30,13 @@ SObject* SObjectArray::findSame(SObject* item) {
     return detail::indexOfItem(*this, item) < 0 ? nullptr : item;
 }
 
-void SObjectArray::reset() { detail::clearSlots(*this, 0, capacity_); }
+void SObjectArray::reset() { detail::clearSlots(*this); }
 
 void SObjectArray::freeContents() {
     // A destructor may change the array: capacity and storage are read anew for each slot.
     for (unsigned int i = 0; i < capacity_; ++i) {
         delete idAt(i);
-        if (i < capacity_) detail::slotAt<SObject*>(*this, i) = nullptr;
+        detail::writeSlot<SObject*>(*this, i, nullptr);
     }
 }
 

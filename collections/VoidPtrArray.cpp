@@ -24,6 +24,6 @@ void* VoidPtrArray::findSame(void* item) {
     return detail::indexOfItem(*this, item) < 0 ? nullptr : item;
 }
 
-void VoidPtrArray::reset() { detail::clearSlots(*this, 0, capacity_); }
+void VoidPtrArray::reset() { detail::clearSlots(*this); }
 
 }  // namespace kfl

@@ -65,7 +65,7 @@ void* VoidPtrOrderedCollection::insertAt(unsigned int index, void* item) {
 }
 
 void* VoidPtrOrderedCollection::removeAt(unsigned int index) {
-    if (index >= count() || index >= itemCount_) return nullptr;
+    if (index >= count()) return nullptr;
     return detail::remove<void*>(items_, itemCount_, index);
 }
 

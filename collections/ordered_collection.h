@@ -1,7 +1,8 @@
 // The code of the two ordered collections, whose differences are the type of their items and that
 // of their cursors. `items` is the slot storage of a collection, `count` its item count; slots at
 // or beyond the count hold null. A storage that was cut below the count is met by reading null
-// beyond its end.
+// beyond its end. Nobody but the collection reaches its storage, so there is some whenever the
+// capacity is not 0.
 #ifndef KFL_COLLECTIONS_ORDERED_COLLECTION_H
 #define KFL_COLLECTIONS_ORDERED_COLLECTION_H
 
@@ -13,13 +14,21 @@ namespace kfl::detail {
 
 template <class Item>
 Item itemBelow(const Container& items, unsigned int count, unsigned int index) {
-    return index < count ? itemAt<Item>(items, index) : nullptr;
+    return index < count && index < items.capacity() ? slotsOf<Item>(items)[index] : nullptr;
+}
+
+// Kept out of append(), which is a store and an increment where the item fits.
+template <class Item>
+[[gnu::noinline]] Item appendGrowing(Container& items, unsigned int& count, Item item) {
+    putItem(items, count, item);
+    ++count;
+    return item;
 }
 
 template <class Item>
 Item append(Container& items, unsigned int& count, Item item) {
-    putItem(items, count, item);
-    ++count;
+    if (count >= items.capacity()) return appendGrowing(items, count, item);
+    slotsOf<Item>(items)[count++] = item;
     return item;
 }
 
@@ -37,14 +46,18 @@ Item insert(Container& items, unsigned int& count, unsigned int index, Item item
 
 template <class Item>
 Item remove(Container& items, unsigned int& count, unsigned int index) {
-    if (!items.data()) return nullptr;
+    if (!items.data() || count == 0) return nullptr;
     const unsigned int end = count < items.capacity() ? count : items.capacity();
+    const Item item = itemBelow<Item>(items, items.capacity(), index);
+    Item* const slots = slotsOf<Item>(items);
+    if (index < end) {
+        std::memmove(slots + index, slots + index + 1,
+                     std::size_t{end - index - 1} * sizeof(void*));
+    }
+    // Kept on purpose: past the last item (where a subclass counts more items than are stored) the
+    // last one goes all the same.
+    if (index < end || end == count) slots[end - 1] = nullptr;
     --count;
-    if (index >= end) return nullptr;
-    Item* const slot = slotsOf<Item>(items) + index;
-    const Item item = *slot;
-    std::memmove(slot, slot + 1, std::size_t{end - index - 1} * sizeof(void*));
-    slotsOf<Item>(items)[end - 1] = nullptr;
     return item;
 }
 

@@ -22,6 +22,7 @@ template <class Item>
 unsigned int findSlot(const Container& array, Item item) {
     const Item* const slots = slotsOf<Item>(array);
     const unsigned int count = array.capacity();
+    if (!slots) return count;
     unsigned int i = 0;
     // Four slots a step: one branch for all of them until one fits.
     for (; count - i >= 4; i += 4) {
@@ -42,20 +43,35 @@ int indexOfItem(const Container& array, Item item) {
 
 template <class Item>
 Item itemAt(const Container& array, unsigned int index) {
-    return index < array.capacity() ? slotsOf<Item>(array)[index] : nullptr;
+    const Item* const slots = slotsOf<Item>(array);
+    return slots && index < array.capacity() ? slots[index] : nullptr;
 }
 
-// The slot at `index`, after growth to exactly index + 1 where it is needed.
+// Makes room for exactly index + 1 slots where `index` is past the end.
+inline void makeRoom(Container& array, unsigned int index) {
+    if (index >= array.capacity()) array.expandTo(checkedSize(std::uint64_t{index} + 1));
+}
+
+// Writes a slot, or nothing where there is none: a subclass may have refused to grow.
+template <class Item>
+void writeSlot(Container& array, unsigned int index, Item item) {
+    Item* const slots = slotsOf<Item>(array);
+    if (slots && index < array.capacity()) slots[index] = item;
+}
+
 template <class Item>
 Item& slotAt(Container& array, unsigned int index) {
-    if (index >= array.capacity()) array.expandTo(checkedSize(std::uint64_t{index} + 1));
+    makeRoom(array, index);
+    // A slot is needed also where setData(nullptr) took the storage away.
+    if (!array.data()) array.expandTo(array.capacity());
     return slotsOf<Item>(array)[index];
 }
 
 template <class Item>
 void putItem(Container& array, unsigned int index, Item item) {
     if (index == array.capacity()) array.expand();
-    slotAt<Item>(array, index) = item;
+    makeRoom(array, index);
+    writeSlot(array, index, item);
 }
 
 template <class Item>
@@ -63,11 +79,10 @@ void addItem(Container& array, Item item) {
     putItem<Item>(array, findSlot<Item>(array, nullptr), item);
 }
 
-// Writes null into `count` slots from `first` on.
-inline void clearSlots(Container& array, unsigned int first, unsigned int count) {
-    if (count > 0) {
-        std::memset(array.data() + std::size_t{first} * sizeof(void*), 0,
-                    std::size_t{count} * sizeof(void*));
+// Writes null into every slot.
+inline void clearSlots(Container& array) {
+    if (array.data()) {
+        std::memset(array.data(), 0, std::size_t{array.capacity()} * sizeof(void*));
     }
 }
 

@@ -8,6 +8,7 @@
 #include "config/ini_names.h"
 #include "config/line_reader.h"
 #include "config/text_piece.h"
+#include "core/allocation.h"
 #include "core/is_within.h"
 #include "core/owner.h"
 
@@ -29,10 +30,15 @@ st_section* addSection(VoidPtrOrderedCollection& sections, const char* name) {
     return section.release();
 }
 
+// Text of more than 32 bits fails as an allocation does.
+void append(AString& text, TextPiece piece) {
+    text.append(piece.begin, detail::checkedSize(piece.length()));
+}
+
 void addKey(st_section& section, TextPiece name, TextPiece value) {
     Owner<st_key> key(new st_key);
-    key->name.append(name.begin, name.length());
-    key->value.append(value.begin, value.length());
+    append(key->name, name);
+    append(key->value, value);
     section.keys.add(key.get());
     key.release();
 }
@@ -42,7 +48,7 @@ void assign(AString& text, TextPiece value) {
     const bool own = detail::isWithin(value.begin, text.c_str(), text.length());
     const unsigned int old = own || value.length() >= text.capacity() ? text.length() : 0;
     if (old == 0) text.clear();
-    text.append(value.begin, value.length());
+    append(text, value);
     text.erase(0, static_cast<int>(old));
 }
 
@@ -93,8 +99,9 @@ class Filler {
         const char* const separator = detail::findSeparator(line);
         if (!current_ || separator == line.end) return;
         const TextPiece key = detail::trimmed(TextPiece{line.begin, separator});
-        if (store(*current_, key, TextPiece{separator + 1, line.end}, true))
+        if (store(*current_, key, TextPiece{separator + 1, line.end}, true)) {
             parser_.modified = true;
+        }
     }
 
     IniFileParser& parser_;

@@ -2,8 +2,11 @@
 
 #include <strings.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
+
+#include "core/allocation.h"
 
 namespace kfl {
 namespace {
@@ -19,16 +22,16 @@ int lookup(const char* text, std::size_t length, const char* const* table) {
 unsigned short portOf(const char* text) { return static_cast<unsigned short>(std::atoi(text)); }
 
 void assign(AString& string, const char* begin, const char* end) {
+    const unsigned int length = detail::checkedSize(static_cast<std::uint64_t>(end - begin));
     string.clear();
-    string.append(begin, static_cast<unsigned int>(end - begin));
+    string.append(begin, length);
 }
 
-// Takes the scheme off: moves `uri` behind it. False for an unknown scheme, or none and a leading
-// '/'.
+// Takes the scheme off, if there is one: moves `uri` behind it. False for an unknown scheme.
 bool takeScheme(const char*& uri, FileTransferProtocol& protocol) {
     static constexpr char mark[] = "://";
     const char* const found = std::strstr(uri, mark);
-    if (!found) return *uri != '/';
+    if (!found) return true;
     const int index = lookup(uri, static_cast<std::size_t>(found - uri), fileTransferProtocols);
     if (index < 0) return false;
     protocol = static_cast<FileTransferProtocol>(index);
@@ -56,6 +59,7 @@ bool URIParser::parseFileTransferURI(const char* uri, FileTransferProtocol& prot
     protocol = protocolNone;
     if (!uri || !takeScheme(uri, protocol)) return false;
     const char* const slash = std::strchr(uri, '/');
+    // Without a scheme this refuses a leading '/' too.
     if (!slash || slash == uri) return false;
 
     port = 0;

@@ -34,7 +34,7 @@ class WantedName {
     }
 
     const char* text_;
-    unsigned int length_;
+    std::size_t length_;
     unsigned char first_;
 };
 

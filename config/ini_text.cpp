@@ -7,12 +7,7 @@
 namespace kfl {
 
 void trim(AString& s) {
-    const int last = s.findLastNotOf(detail::trimmedText);
-    if (last < 0) {
-        s.clear();
-        return;
-    }
-    s.erase(static_cast<unsigned int>(last) + 1, -1);
+    s.erase(static_cast<unsigned int>(s.findLastNotOf(detail::trimmedText) + 1), -1);
     s.erase(0, s.findFirstNotOf(detail::trimmedText, 0));
 }
 

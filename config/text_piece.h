@@ -2,6 +2,8 @@
 #ifndef KFL_CONFIG_TEXT_PIECE_H
 #define KFL_CONFIG_TEXT_PIECE_H
 
+#include <cstddef>
+
 #include "core/char_set.h"
 
 namespace kfl::detail {
@@ -11,7 +13,7 @@ struct TextPiece {
     const char* begin;
     const char* end;
 
-    unsigned int length() const { return static_cast<unsigned int>(end - begin); }
+    std::size_t length() const { return static_cast<std::size_t>(end - begin); }
     bool empty() const { return begin == end; }
 };
 

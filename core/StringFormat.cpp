@@ -12,12 +12,12 @@ char sharedText[500];
 }  // namespace
 
 StringFormat::StringFormat(const char* format, ...) {
-    sharedText[0] = '\0';
-    if (!format) return;
     va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(sharedText, sizeof sharedText, format, arguments);
+    const bool isMade =
+        format && std::vsnprintf(sharedText, sizeof sharedText, format, arguments) >= 0;
     va_end(arguments);
+    if (!isMade) sharedText[0] = '\0';
 }
 
 StringFormat::~StringFormat() = default;

@@ -7,10 +7,21 @@
 
 namespace kfl::detail {
 
+// The list that a plain pointer stands for: where a list is a pointer it came as itself, an array
+// or a structure came by its address.
+template <class List>
+std::conditional_t<std::is_pointer<List>::value, List, List&> listBehind(void* arguments) {
+    if constexpr (std::is_pointer<List>::value) {
+        return static_cast<List>(arguments);
+    } else {
+        return *static_cast<List*>(arguments);
+    }
+}
+
 // Arguments are taken from a copy: the caller's list stays as it is.
 class ArgumentList {
   public:
-    explicit ArgumentList(void* arguments) { copy<va_list>(list_, arguments); }
+    explicit ArgumentList(void* arguments) { va_copy(list_, listBehind<va_list>(arguments)); }
     ~ArgumentList() { va_end(list_); }
     ArgumentList(const ArgumentList&) = delete;
     ArgumentList& operator=(const ArgumentList&) = delete;
@@ -21,16 +32,6 @@ class ArgumentList {
     }
 
   private:
-    // A pointer comes as itself, an array or a structure by its address.
-    template <class List>
-    static void copy(List& to, void* from) {
-        if constexpr (std::is_pointer<List>::value) {
-            va_copy(to, static_cast<List>(from));
-        } else {
-            va_copy(to, *static_cast<List*>(from));
-        }
-    }
-
     va_list list_;
 };
 

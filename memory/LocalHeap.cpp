@@ -59,8 +59,8 @@ void LocalHeap::initialize() {
 
 void* LocalHeap::createPool() {
     const std::uint64_t stride = std::uint64_t{blockSize} + wordSize;
-    // A product past 64 bits is past 32 bits as well.
-    if (stride * blocksPerPool > UINT32_MAX - wordSize) return nullptr;
+    // The first comparison keeps the product of the second within 64 bits.
+    if (stride > UINT32_MAX || stride * blocksPerPool > UINT32_MAX - wordSize) return nullptr;
     void* const pool = std::malloc(static_cast<std::size_t>(wordSize + stride * blocksPerPool));
     if (!pool) return nullptr;
 

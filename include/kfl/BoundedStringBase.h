@@ -12,6 +12,22 @@
 
 #include "kfl/export.h"
 
+namespace kfl {
+namespace detail {
+
+// A va_list as makeString takes it: an array or a pointer as a pointer, a structure by its address.
+template <class Element>
+void* asArgument(Element* list) {
+    return list;
+}
+template <class Structure>
+void* asArgument(Structure& list) {
+    return &list;
+}
+
+}  // namespace detail
+}  // namespace kfl
+
 // A directive is "%", flags (any of " #+-0"), width (digits or "*"), precision ("." with digits or
 // "*"), one qualifier (h, l, L or Z) and the conversion:
 //
@@ -68,21 +84,9 @@ class KFL_EXPORT BoundedStringBase {
     static int format(char* buf, unsigned int size, const char* fmt, ...) {
         va_list args;
         va_start(args, fmt);
-        const int n = makeString(buf, size, fmt, asArgument(args));
+        const int n = makeString(buf, size, fmt, kfl::detail::asArgument(args));
         va_end(args);
         return n;
-    }
-
-  private:
-    // A va_list as makeString takes it: an array or a pointer as a pointer, a structure by its
-    // address.
-    template <class Element>
-    static void* asArgument(Element* list) {
-        return list;
-    }
-    template <class Structure>
-    static void* asArgument(Structure& list) {
-        return &list;
     }
 };
 

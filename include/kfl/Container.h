@@ -30,10 +30,11 @@ class KFL_EXPORT Container {
     virtual unsigned int size() const;
     // Copies `n` elements from `index` on to the start of `destination`, fewer where this container
     // ends; the destination grows as needed. Returns the number copied, 0 where either has no
-    // storage. Requires: index <= size(); equal element sizes. Kept on purpose: unlike the byte
-    // form, the index is not checked.
+    // storage or a subclass refused to grow. Requires: index <= size(); equal element sizes.
+    // Kept on purpose: unlike the byte form, the index is not checked.
     virtual unsigned int atGet(unsigned int index, kfl::Container* destination, unsigned int n);
-    // Copies `n` elements from the start of `source` to `index` on. Returns `n`.
+    // Copies `n` elements from the start of `source` to `index` on. Returns `n`, or 0 where a
+    // subclass refused to grow.
     // Requires: n <= source->size(); equal element sizes; a source with storage unless `n` is 0.
     // Kept on purpose: room is made for index + source->size() elements, whatever `n` is.
     virtual unsigned int atPut(unsigned int index, kfl::Container* source, unsigned int n);

@@ -10,11 +10,10 @@
 //
 //     ; comment          also '#'; only at the start of a line
 //     [section]          up to the last ']', blanks inside the brackets kept
-//     key = value        or key: value; split at the first '=' or ':'. The key is trimmed, the
-//     value keeps
-//                        the blanks in front of it, and all further '=' and ':'
+//     key = value        or key: value; split at the first '=' or ':'
 //
-// There is no quoting, escaping, continuation or comment behind a value. Keys before the first
+// The key is trimmed; the value keeps the blanks in front of it and all further '=' and ':'. There
+// is no quoting, escaping, continuation or comment behind a value. Keys before the first
 // header belong to the section "". A repeated key keeps its first spelling and takes the last
 // value. Names are compared ignoring case. A line without separator, key or value stores nothing. A
 // line is read 511 bytes at a time; a longer one arrives in pieces, each a line of its own.

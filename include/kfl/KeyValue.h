@@ -55,6 +55,7 @@ class KFL_EXPORT KeyValueParser {
     // Sets the value of each pair whose key the file holds, ignoring case; the others keep theirs,
     // which is how defaults are given. `pairs` ends with a null pointer; null itself counts as no
     // pairs. Returns 0 when the file cannot be opened, 1 when none of the keys was found, else 2.
+    // Where memory runs out the pair that was to be filled may be left with an empty value.
     // Kept on purpose: only keys in front of the file's first section header count.
     static int parse(const char* path, kfl::KeyValuePair** pairs);
 };

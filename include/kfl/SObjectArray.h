@@ -26,6 +26,7 @@ class KFL_EXPORT SObjectArray : public Container {
     // The item at `index`; null past the end.
     kfl::SObject* idAt(unsigned int index) const;
     // The slot at `index`. An index past the end grows the array to exactly index + 1.
+    // Requires: a subclass that overrides expandTo() grows when it is asked here.
     // Invalidates: slots handed out before, when the array grows.
     kfl::SObject*& operator[](unsigned int index);
     // Stores `item` at `index`. An index just past the end grows the array as add() does, one

@@ -3,8 +3,8 @@
 //     kfl::FileTransferProtocol protocol;
 //     kfl::AString host(""), path("");
 //     unsigned short port;
-//     if (!kfl::URIParser::parseFileTransferURI(uri, protocol, host, port, path)) return
-//     refuse(uri);
+//     if (!kfl::URIParser::parseFileTransferURI(uri, protocol, host, port, path))
+//         return refuse(uri);
 #ifndef KFL_URIPARSER_H
 #define KFL_URIPARSER_H
 

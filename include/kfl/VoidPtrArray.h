@@ -25,6 +25,7 @@ class KFL_EXPORT VoidPtrArray : public Container {
     // The item at `index`; null past the end.
     void* idAt(unsigned int index) const;
     // The slot at `index`. An index past the end grows the array to exactly index + 1.
+    // Requires: a subclass that overrides expandTo() grows when it is asked here.
     // Invalidates: slots handed out before, when the array grows.
     void*& operator[](unsigned int index);
     // Stores `item` at `index`. An index just past the end grows the array as add() does, one

@@ -1,0 +1,99 @@
+// osCopyFile: what a small file holds goes through a buffer, what a large one holds is copied
+// inside the kernel where the kernel can.
+#include <errno.h>
+#include <fcntl.h>
+#include <sys/sendfile.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include "kfl/process.h"
+
+namespace kfl {
+namespace {
+
+constexpr size_t bufferSize = 16384;
+// The most that one call inside the kernel is asked for; it is fewer than a signed size can count.
+constexpr size_t kernelPiece = 1U << 30;
+
+int openSource(const char* path) { return path ? open(path, O_RDONLY) : -1; }
+
+int openTarget(const char* path) {
+    return path ? open(path, O_RDWR | O_CREAT | O_TRUNC, 0666) : -1;
+}
+
+// A write error is not looked at: what could not be written is lost, and the copy goes on.
+void writeAll(int to, const char* data, size_t size) {
+    while (size > 0) {
+        const ssize_t written = write(to, data, size);
+        if (written <= 0) return;
+        data += written;
+        size -= static_cast<size_t>(written);
+    }
+}
+
+ssize_t copyFileRange(int from, loff_t* fromAt, int to, loff_t* toAt) {
+#ifdef SYS_copy_file_range
+    return syscall(SYS_copy_file_range, from, fromAt, to, toAt, kernelPiece, 0U);
+#else
+    errno = ENOSYS;
+    return -1;
+#endif
+}
+
+// The first way: copies from the start on, by positions of its own, which it leaves behind the last
+// byte. Tells whether that was the end.
+bool copyRanges(int from, off_t& fromAt, int to) {
+    loff_t source = 0;
+    loff_t target = 0;
+    ssize_t copied = 0;
+    while ((copied = copyFileRange(from, &source, to, &target)) > 0) {
+    }
+    if (target > 0) lseek(to, target, SEEK_SET);
+    fromAt = source;
+    return copied == 0;
+}
+
+// Copies inside the kernel what it can, from the start on, whatever has been read of `from`
+// already. Tells whether that was anything; both files then stand behind it, and the next read
+// finds what was left undone. Where it was nothing, neither has moved.
+bool copyInKernel(int from, int to) {
+    off_t position = 0;
+    if (!copyRanges(from, position, to)) {
+        while (sendfile(to, from, &position, kernelPiece) > 0) {
+        }
+    }
+    return position > 0 && lseek(from, position, SEEK_SET) == position;
+}
+
+// A large file is left to the kernel from its first byte on: a piece written beforehand would spoil
+// the alignment of all that follows. Only a read that finds nothing is the end, and a read error
+// ends the copy as that does: files of the kernel claim to be empty, and a copy inside it believes
+// them.
+void copyContents(int from, int to) {
+    char buffer[bufferSize];
+    ssize_t size = read(from, buffer, sizeof buffer);
+    if (size == sizeof buffer && copyInKernel(from, to)) size = read(from, buffer, sizeof buffer);
+    while (size > 0) {
+        writeAll(to, buffer, static_cast<size_t>(size));
+        size = read(from, buffer, sizeof buffer);
+    }
+}
+
+}  // namespace
+
+int osCopyFile(const char* from, const char* to, bool sync) {
+    const int source = openSource(from);
+    if (source < 0) return -1;
+    const int target = openTarget(to);
+    if (target < 0) {
+        close(source);
+        return -1;
+    }
+    copyContents(source, target);
+    close(source);
+    if (sync) fsync(target);
+    close(target);
+    return 0;
+}
+
+}  // namespace kfl

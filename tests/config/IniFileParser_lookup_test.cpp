@@ -1,0 +1,79 @@
+// Look-ups are linear walks, so what they do with each entry counts: the comparison function is
+// called only for names of the same length and first letter.
+#include <gtest/gtest.h>
+#include <strings.h>
+
+#include <string>
+
+#include "kfl/IniFileParser.h"
+
+namespace {
+
+int comparisons = 0;
+
+}  // namespace
+
+extern "C" {
+int __real_strncasecmp(const char* a, const char* b, std::size_t n);
+int __wrap_strncasecmp(const char* a, const char* b, std::size_t n);
+int __wrap_strcasecmp(const char* a, const char* b);
+}
+
+int __wrap_strncasecmp(const char* a, const char* b, std::size_t n) {
+    ++comparisons;
+    return __real_strncasecmp(a, b, n);
+}
+
+int __wrap_strcasecmp(const char* a, const char* b) {
+    ++comparisons;
+    return __real_strncasecmp(a, b, static_cast<std::size_t>(-1));
+}
+
+namespace {
+
+class IniFileParserLookupTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        for (char c = 'a'; c <= 'z'; ++c) {
+            const std::string name = std::string(1, c) + "-name";
+            ASSERT_TRUE(parser.setValue(name.c_str(), "v", "s"));
+            ASSERT_NE(parser.createSection(name.c_str()), nullptr);
+        }
+        comparisons = 0;
+    }
+
+    kfl::IniFileParser parser;
+};
+
+TEST_F(IniFileParserLookupTest, OnlyTheMatchIsCompared) {
+    EXPECT_NE(parser.getSection("Z-NAME"), nullptr);
+    EXPECT_EQ(comparisons, 1);
+    comparisons = 0;
+    EXPECT_NE(parser.getValue("Y-Name", "S"), nullptr);
+    EXPECT_EQ(comparisons, 2);  // the section and the key
+}
+
+TEST_F(IniFileParserLookupTest, NamesOfAnotherStartOrLengthAreNotCompared) {
+    EXPECT_EQ(parser.getSection("0-name"), nullptr);
+    EXPECT_EQ(parser.getSection("a-names"), nullptr);
+    EXPECT_EQ(parser.getSection("a"), nullptr);
+    EXPECT_EQ(comparisons, 0);
+}
+
+TEST_F(IniFileParserLookupTest, NamesThatDifferFurtherOnAreCompared) {
+    EXPECT_EQ(parser.getSection("a-nome"), nullptr);
+    EXPECT_EQ(comparisons, 1);
+}
+
+// Which of these are letters of one another is the locale's business.
+TEST_F(IniFileParserLookupTest, StartsAbove127AreLeftToTheComparison) {
+    kfl::IniFileParser other;
+    ASSERT_NE(other.createSection("\xA1 name"), nullptr);
+    comparisons = 0;
+    other.getSection("\xB1 name");
+    EXPECT_EQ(comparisons, 1);
+    other.getSection("\xB1 names");
+    EXPECT_EQ(comparisons, 1);
+}
+
+}  // namespace

@@ -1,0 +1,294 @@
+// What the INI parser asks of the allocator, and what it keeps when that says no.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <functional>
+#include <new>
+#include <string>
+
+#include "kfl/IniFileParser.h"
+#include "tests/config/simple_ini_reader.h"
+#include "tests/support/counted_new.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+using kfl_test::AllocationCount;
+using kfl_test::contentOf;
+using kfl_test::FailingNew;
+using Work = std::function<void(kfl::IniFileParser&)>;
+
+constexpr unsigned long allocationsPerKey = 3;      // the record, its name, its value
+constexpr unsigned long allocationsPerSection = 3;  // the record, its name, its list
+
+int nextDescriptor() {
+    const int descriptor = open("/dev/null", O_RDONLY);
+    close(descriptor);
+    return descriptor;
+}
+
+class IniFileParserMemoryTest : public testing::Test {
+  protected:
+    // The number of allocations that a file costs a new parser.
+    unsigned long allocationsFor(const std::string& content) {
+        const std::string path = folder.write("test.ini", content);
+        kfl::IniFileParser parser;
+        const AllocationCount count;
+        EXPECT_TRUE(parser.parseFile(path.c_str()));
+        return count.made();
+    }
+
+    const kfl_test::TemporaryFolder folder;
+};
+
+TEST_F(IniFileParserMemoryTest, LinesThatStoreNothingAllocateNothing) {
+    std::string content;
+    for (int i = 0; i < 500; ++i) content += "; comment\n\n  \nno separator\nempty=\n[]\n\xFF\n";
+    content += std::string(3000, 'x');
+    EXPECT_EQ(allocationsFor(content), 0U);
+}
+
+TEST_F(IniFileParserMemoryTest, LinesAllocateOnlyTheRecordsTheyStore) {
+    EXPECT_EQ(allocationsFor("k=v\n"), allocationsPerKey);
+    EXPECT_EQ(allocationsFor("[s]\n"), allocationsPerSection);
+    EXPECT_EQ(allocationsFor("a=1\nb=2\n[s]\nc=3\n[t]\nd=4\n"),
+              4 * allocationsPerKey + 2 * allocationsPerSection);
+}
+
+TEST_F(IniFileParserMemoryTest, ReplacedValuesThatFitAllocateNothing) {
+    std::string content = "k=v\n";
+    for (int i = 0; i < 500; ++i) content += "K = another value " + std::to_string(i) + "\n";
+    EXPECT_EQ(allocationsFor(content), allocationsPerKey);
+}
+
+TEST_F(IniFileParserMemoryTest, LookupsAllocateNothing) {
+    kfl::IniFileParser parser;
+    ASSERT_TRUE(parser.setValue("k", "1", "s"));
+    const AllocationCount count;
+    parser.getInt("k", "s");
+    parser.getFloat("k", "s");
+    parser.getBool("k", "s");
+    parser.getString("missing", "s");
+    parser.getValue("k", "missing");
+    EXPECT_EQ(count.made(), 0U);
+}
+
+TEST_F(IniFileParserMemoryTest, TheParserReleasesAllThatItMade) {
+    const std::string path =
+        folder.write("test.ini", "a=1\n[s]\nb=" + std::string(300, 'v') + "\n");
+    const AllocationCount count;
+    {
+        kfl::IniFileParser parser;
+        EXPECT_TRUE(parser.parseFile(path.c_str()));
+        EXPECT_TRUE(parser.setValue("c", std::string(1000, 'w').c_str(), "t"));
+    }
+    EXPECT_GT(count.made(), 10U);
+    EXPECT_EQ(count.live(), 0);
+}
+
+TEST_F(IniFileParserMemoryTest, ConstructorLeavesNothingBehindWhenItFails) {
+    unsigned long n = 1;
+    for (bool failed = true; failed; ++n) {
+        const AllocationCount count;
+        const FailingNew failing(n);
+        failed = false;
+        try {
+            const kfl::IniFileParser parser;
+        } catch (const std::bad_alloc&) {
+            failed = true;
+        }
+        EXPECT_EQ(count.live(), 0) << n;
+    }
+    EXPECT_GT(n, 4U);
+}
+
+// Lets each allocation of a piece of work fail in turn. After each failure the parser must hold one
+// of `states`, and nothing may be lost; a second try must do the work.
+void failEveryAllocation(const Work& prepare, const Work& work,
+                         const std::function<bool(const std::string&)>& isAllowed) {
+    const int descriptor = nextDescriptor();
+    bool failed = true;
+    unsigned long n = 1;
+    for (; failed; ++n) {
+        const AllocationCount whole;
+        {
+            kfl::IniFileParser parser;
+            prepare(parser);
+            const unsigned int flags = parser.flags;
+            failed = false;
+            try {
+                const FailingNew failing(n);
+                work(parser);
+            } catch (const std::bad_alloc&) {
+                failed = true;
+            }
+            EXPECT_EQ(parser.flags, flags);
+            if (failed) {
+                const std::string content = contentOf(parser);
+                EXPECT_TRUE(isAllowed(content)) << "after failure " << n << ":\n" << content;
+                work(parser);
+            }
+        }
+        EXPECT_EQ(whole.live(), 0) << "after failure " << n;
+        EXPECT_EQ(nextDescriptor(), descriptor) << "after failure " << n;
+    }
+    EXPECT_GT(n, 2U) << "nothing was allocated";
+}
+
+void failEveryAllocation(const Work& prepare, const Work& work) {
+    kfl::IniFileParser parser;
+    prepare(parser);
+    const std::string before = contentOf(parser);
+    failEveryAllocation(prepare, work,
+                        [&](const std::string& content) { return content == before; });
+}
+
+void prepareOneKey(kfl::IniFileParser& parser) {
+    ASSERT_TRUE(parser.setValue("k", "v", "s"));
+    parser.modified = false;
+}
+
+TEST_F(IniFileParserMemoryTest, CreateSectionThatFailsChangesNothing) {
+    failEveryAllocation(prepareOneKey, [](kfl::IniFileParser& parser) {
+        EXPECT_NE(parser.createSection("t"), nullptr);
+        EXPECT_TRUE(parser.modified);
+    });
+}
+
+TEST_F(IniFileParserMemoryTest, CreateSectionThatFailsToGrowTheListChangesNothing) {
+    const Work fillTheList = [](kfl::IniFileParser& parser) {
+        for (int i = 0; i < 9; ++i) parser.createSection(std::to_string(i).c_str());
+        ASSERT_EQ(parser.sectionList().count(), parser.sectionList().capacity());
+        parser.modified = false;
+    };
+    failEveryAllocation(fillTheList, [](kfl::IniFileParser& parser) {
+        EXPECT_NE(parser.createSection("t"), nullptr);
+    });
+}
+
+TEST_F(IniFileParserMemoryTest, NewKeyThatFailsChangesNothing) {
+    const std::string name(200, 'n');
+    const std::string value(300, 'v');
+    failEveryAllocation(prepareOneKey, [&](kfl::IniFileParser& parser) {
+        EXPECT_TRUE(parser.setValue(name.c_str(), value.c_str(), "s"));
+        EXPECT_EQ(parser.getValue(name.c_str(), "s"), value);
+    });
+}
+
+TEST_F(IniFileParserMemoryTest, NewKeyThatFailsToGrowTheListChangesNothing) {
+    const Work fillTheList = [](kfl::IniFileParser& parser) {
+        for (int i = 0; i < 10; ++i) parser.setValue(std::to_string(i).c_str(), "v", "s");
+        parser.modified = false;
+    };
+    failEveryAllocation(fillTheList, [](kfl::IniFileParser& parser) {
+        EXPECT_TRUE(parser.setValue("k", "v", "s"));
+    });
+}
+
+TEST_F(IniFileParserMemoryTest, NewValueThatFailsLeavesTheOldOne) {
+    const std::string value(300, 'w');
+    failEveryAllocation(prepareOneKey, [&](kfl::IniFileParser& parser) {
+        EXPECT_TRUE(parser.setValue("k", value.c_str(), "s"));
+        EXPECT_EQ(parser.getValue("k", "s"), value);
+    });
+}
+
+TEST_F(IniFileParserMemoryTest, OwnValueThatFailsLeavesTheOldOne) {
+    const std::string value(300, 'w');
+    const Work prepare = [&](kfl::IniFileParser& parser) {
+        ASSERT_TRUE(parser.setValue("k", value.c_str(), "s"));
+        parser.modified = false;
+    };
+    failEveryAllocation(prepare, [](kfl::IniFileParser& parser) {
+        EXPECT_TRUE(parser.setValue("k", parser.getValue("k", "s"), "s"));
+    });
+}
+
+// The section that had to be made first stays when its key finds no memory.
+TEST_F(IniFileParserMemoryTest, NewKeyInANewSectionFailsInTwoSteps) {
+    const auto isAllowed = [](const std::string& content) {
+        return content == "[]\n[s]\nk=v\n" || content == "modified\n[]\n[s]\nk=v\n[t]\n";
+    };
+    failEveryAllocation(
+        prepareOneKey,
+        [](kfl::IniFileParser& parser) { EXPECT_TRUE(parser.setValue("l", "w", "t")); }, isAllowed);
+}
+
+// What was read before the failure is kept, and the file is closed.
+TEST_F(IniFileParserMemoryTest, ParsingThatFailsKeepsWhatItRead) {
+    const std::string path =
+        folder.write("test.ini", "a=1\n[s]\nb=" + std::string(300, 'b') +
+                                     "\n[t]\nb=" + std::string(90, 'c') + "\n");
+    kfl::IniFileParser parser;
+    ASSERT_TRUE(parser.parseFile(path.c_str()));
+    const std::string all = contentOf(parser);
+    failEveryAllocation(
+        [](kfl::IniFileParser& fresh) { fresh.flags = 0; },
+        [&](kfl::IniFileParser& fresh) { EXPECT_TRUE(fresh.parseFile(path.c_str())); },
+        [&](const std::string& content) {
+            return content == "[]\n" || all.compare(0, content.size(), content) == 0;
+        });
+}
+
+// Text of more than 4 GiB, made of one mebibyte that is mapped again and again.
+class HugeText {
+  public:
+    explicit HugeText(std::size_t mebibytes)
+        : size_(mebibytes << 20U), file_(memfd_create("text", 0)) {
+        const std::string block(std::size_t{1} << 20U, 'x');
+        EXPECT_EQ(write(file_, block.data(), block.size()), static_cast<ssize_t>(block.size()));
+        void* const room = mmap(nullptr, size_ + block.size(), PROT_READ | PROT_WRITE,
+                                MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+        if (room == MAP_FAILED) return;
+        text_ = static_cast<char*>(room);
+        for (std::size_t at = 0; at < size_; at += block.size())
+            mmap(text_ + at, block.size(), PROT_READ, MAP_SHARED | MAP_FIXED, file_, 0);
+    }
+    ~HugeText() {
+        if (text_) munmap(text_, size_ + (std::size_t{1} << 20U));
+        close(file_);
+    }
+    HugeText(const HugeText&) = delete;
+    HugeText& operator=(const HugeText&) = delete;
+
+    const char* text() const { return text_; }
+
+  private:
+    std::size_t size_;
+    int file_;
+    char* text_ = nullptr;
+};
+
+// Only a 64-bit host can have such text. ThreadSanitizer would keep a record, four times as large,
+// of every byte that was looked at: there the text is as on a 32-bit host.
+#if defined(__SANITIZE_THREAD__)
+constexpr bool wide = false;
+#else
+constexpr bool wide = sizeof(void*) > 4;
+#endif
+
+TEST_F(IniFileParserMemoryTest, TextOfMoreThan32BitsIsRefusedWhole) {
+    const HugeText huge(wide ? 4097 : 64);
+    ASSERT_NE(huge.text(), nullptr);
+    // The length of this one, cut to 32 bits, is that of one mebibyte.
+    const std::string cut(std::size_t{1} << 20U, 'x');
+    kfl::IniFileParser parser;
+    ASSERT_TRUE(parser.setValue(cut.c_str(), "v", cut.c_str()));
+    parser.modified = false;
+    const std::string before = contentOf(parser);
+
+    EXPECT_EQ(parser.getSection(huge.text()), nullptr);
+    EXPECT_EQ(parser.getKey(huge.text(), cut.c_str()), nullptr);
+    if (wide) {
+        EXPECT_THROW(parser.createSection(huge.text()), std::bad_alloc);
+        EXPECT_THROW(parser.setValue(huge.text(), "w", ""), std::bad_alloc);
+        EXPECT_THROW(parser.setValue("k", huge.text(), ""), std::bad_alloc);
+        EXPECT_THROW(parser.setValue(cut.c_str(), huge.text(), cut.c_str()), std::bad_alloc);
+        EXPECT_EQ(contentOf(parser), before);
+    }
+    EXPECT_STREQ(parser.getValue(cut.c_str(), cut.c_str()), "v");
+}
+
+}  // namespace

@@ -1,0 +1,117 @@
+// The kfl command itself: help, version, and what it does with wrong usage.
+#include "tests/tools/kfl_tool.h"
+#include <algorithm>
+#include <sstream>
+
+#include "kfl/version.h"
+
+namespace {
+
+using kfl_test::expectWrongUsage;
+using kfl_test::kfl;
+using kfl_test::outputOfKfl;
+using kfl_test::ProgramResult;
+using kfl_test::runProgram;
+using kfl_test::Words;
+using kfl_test::wordsOf;
+using kfl_test::operator+;
+
+const std::string usageLine =
+    "usage: kfl COMMAND [ARGUMENT]... (\"kfl --help\" lists the commands)";
+
+// The commands that the help lists, in its order.
+Words listedCommands() {
+    const std::string help = outputOfKfl({"--help"});
+    const std::string title = "\nCommands:\n";
+    const std::size_t begin = help.find(title) + title.size();
+    std::istringstream list(help.substr(begin, help.find("\n\n", begin) - begin));
+    Words commands;
+    for (std::string line; std::getline(list, line);) {
+        EXPECT_EQ(line.rfind("  ", 0), 0U) << line;
+        commands.push_back(line.substr(2, line.find(' ', 2) - 2));
+    }
+    return commands;
+}
+
+TEST(KflToolTest, HelpListsTheCommandsInOrder) {
+    EXPECT_EQ(outputOfKfl({"--help"}).rfind("usage: kfl COMMAND", 0), 0U);
+    const Words commands = listedCommands();
+    EXPECT_TRUE(std::is_sorted(commands.begin(), commands.end()));
+    EXPECT_EQ(std::count(commands.begin(), commands.end(), "ini"), 1);
+}
+
+TEST(KflToolTest, EveryLineOfHelpFitsATerminal) {
+    Words pages = {outputOfKfl({"--help"})};
+    for (const std::string& command : listedCommands())
+        pages.push_back(outputOfKfl({"help", command}));
+    for (const std::string& page : pages) {
+        for (std::size_t begin = 0, end = 0; begin < page.size(); begin = end + 1) {
+            end = page.find('\n', begin);
+            ASSERT_NE(end, std::string::npos) << "the last line has no end";
+            EXPECT_LE(end - begin, 80U) << page.substr(begin, end - begin);
+        }
+    }
+}
+
+TEST(KflToolTest, HelpGoesByThreeNames) {
+    const std::string help = outputOfKfl({"--help"});
+    EXPECT_EQ(outputOfKfl({"-h"}), help);
+    EXPECT_EQ(outputOfKfl({"help"}), help);
+}
+
+TEST(KflToolTest, EveryCommandHasAPageByThreeNames) {
+    for (const std::string& command : listedCommands()) {
+        const std::string page = outputOfKfl({"help", command});
+        EXPECT_EQ(page.rfind("usage: kfl " + command + " ", 0), 0U);
+        EXPECT_NE(page.find("\n  -h, --help"), std::string::npos);
+        EXPECT_NE(page.find("\nExit status: 0 "), std::string::npos);
+        EXPECT_EQ(outputOfKfl({command, "--help"}), page);
+        EXPECT_EQ(outputOfKfl({command, "-h"}), page);
+    }
+}
+
+TEST(KflToolTest, VersionIsTheLibrarys) {
+    EXPECT_EQ(outputOfKfl({"--version"}), "kfl " KFL_VERSION_STRING "\n");
+    EXPECT_EQ(outputOfKfl({"-V"}), "kfl " KFL_VERSION_STRING "\n");
+}
+
+TEST(KflToolTest, NoCommandShowsTheUsageLineOnly) {
+    const ProgramResult result = kfl({});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.errors, usageLine + "\n");
+}
+
+TEST(KflToolTest, UnknownCommandIsWrongUsage) {
+    expectWrongUsage({"inn"}, "kfl: no command 'inn'", usageLine);
+    expectWrongUsage({""}, "kfl: no command ''", usageLine);
+    expectWrongUsage({"help", "inn"}, "kfl: no command 'inn'", usageLine);
+    expectWrongUsage({"help", "ini", "ini"}, "kfl help: too many arguments", usageLine);
+}
+
+TEST(KflToolTest, UnknownOptionIsWrongUsage) {
+    expectWrongUsage({"--helpp"}, "kfl: ", usageLine);
+    expectWrongUsage({"--helpp"}, "--helpp", usageLine);
+    expectWrongUsage({"-x"}, "'x'", usageLine);
+    expectWrongUsage({"--version=1"}, "--version", usageLine);
+}
+
+TEST(KflToolTest, OptionsBehindACommandAreTheCommands) {
+    expectWrongUsage({"ini", "--version"},
+                     "kfl ini: ", "usage: kfl ini [--int | --float | --bool] FILE [SECTION [KEY]]");
+}
+
+TEST(KflToolTest, OutputThatCannotBeWrittenIsAFailure) {
+    const ProgramResult result = runProgram(Words{"sh", "-c", "exec \"$@\" >/dev/full", "sh"} +
+                                            wordsOf(KFL_PROGRAM) + Words{"--help"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "kfl: cannot write the output: No space left on device\n");
+}
+
+TEST(KflToolTest, OutputThatCannotBeWrittenLeavesAnotherFailureItsStatus) {
+    const ProgramResult result = runProgram(Words{"sh", "-c", "exec \"$@\" >&-", "sh"} +
+                                            wordsOf(KFL_PROGRAM) + Words{"inn"});
+    EXPECT_EQ(result.status, 2);
+}
+
+}  // namespace
