@@ -43,6 +43,9 @@ bool chainedPairsAreIndependent(const Text& text) {
     return text.distance() + (blockSize - 1) >= pairSize + (blockSize - 1);
 }
 
+// Each mode is a function of its own ([[gnu::noinline]]): what its callers hold in registers would
+// leave too few for the rounds.
+
 // Enciphers and deciphers in ECB.
 template <class Way>
 void transformPairs(Text& text, RoundKeys keys) {
@@ -58,7 +61,7 @@ void transformPairs(Text& text, RoundKeys keys) {
 }
 
 template <class Way, int Columns>
-void transformText(Text text, RoundKeys keys) {
+[[gnu::noinline]] void transformText(Text text, RoundKeys keys) {
     if constexpr (Columns == 4) {
         if (pairsAreIndependent(text)) transformPairs<Way>(text, keys);
     }
@@ -92,7 +95,6 @@ template <int Columns>
     }
 }
 
-// On its own, or what the callers hold in registers would leave too few for the rounds.
 template <class Mode, int Columns>
 [[gnu::noinline]] void encryptChained(Text text, RoundKeys keys, char* chainBytes) {
     Block<Columns> chain;
@@ -134,7 +136,7 @@ void decryptChainedPairs(Text& text, RoundKeys keys, Block<4>& chain) {
 }
 
 template <class Mode, int Columns>
-void decryptChained(Text text, RoundKeys keys, char* chainBytes) {
+[[gnu::noinline]] void decryptChained(Text text, RoundKeys keys, char* chainBytes) {
     Block<Columns> chain;
     chain.load(chainBytes);
     if constexpr (Columns == 4) {
