@@ -27,12 +27,11 @@ void assign(AString& string, const char* begin, const char* end) {
     string.append(begin, length);
 }
 
-// Takes the scheme off: moves `uri` behind it. False for an unknown scheme, or none and a leading
-// '/'.
+// Takes the scheme off, if there is one: moves `uri` behind it. False for an unknown scheme.
 bool takeScheme(const char*& uri, FileTransferProtocol& protocol) {
     static constexpr char mark[] = "://";
     const char* const found = std::strstr(uri, mark);
-    if (!found) return *uri != '/';
+    if (!found) return true;
     const int index = lookup(uri, static_cast<std::size_t>(found - uri), fileTransferProtocols);
     if (index < 0) return false;
     protocol = static_cast<FileTransferProtocol>(index);
@@ -60,6 +59,7 @@ bool URIParser::parseFileTransferURI(const char* uri, FileTransferProtocol& prot
     protocol = protocolNone;
     if (!uri || !takeScheme(uri, protocol)) return false;
     const char* const slash = std::strchr(uri, '/');
+    // Without a scheme this refuses a leading '/' too.
     if (!slash || slash == uri) return false;
 
     port = 0;

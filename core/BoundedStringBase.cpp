@@ -18,6 +18,9 @@ using B = BoundedStringBase;
 
 constexpr int none = -1;
 
+// Plain text of up to this length is copied one by one; a longer one goes on in one go.
+constexpr std::size_t usualStretch = 8;
+
 // A directive's parts between "%" and the conversion.
 struct Directive {
     int flags = 0;
@@ -27,9 +30,23 @@ struct Directive {
 
     bool isLong() const { return qualifier == 'l' || qualifier == 'L' || qualifier == 'Z'; }
     bool has(int flag) const { return (flags & flag) != 0; }
+    // Without anything that puts characters around a number.
+    bool isPlain() const {
+        return width <= 0 && precision <= 0 && !has(B::PLUS | B::SPACE | B::SPECIAL);
+    }
 };
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+// Reads decimal digits and moves past them; the value is at most INT_MAX.
+int readDigits(const char*& s) {
+    std::int64_t value = 0;
+    for (; isDigit(*s); ++s) {
+        value = value * 10 + (*s - '0');
+        if (value > INT_MAX) value = INT_MAX;
+    }
+    return static_cast<int>(value);
+}
 
 int flagOf(char c) {
     switch (c) {
@@ -49,40 +66,75 @@ char signOf(long num, const Directive& directive) {
     return directive.has(B::SPACE) ? ' ' : '\0';
 }
 
-std::size_t prefixLength(int base, const Directive& directive) {
+int prefixLength(unsigned int base, const Directive& directive) {
     if (!directive.has(B::SPECIAL)) return 0;
     if (base == 16) return 2;
     return base == 8 ? 1 : 0;
 }
 
-// Writes an integer; `base` is one of 2 to 36.
-void writeNumber(BoundedOutput& out, long num, int base, Directive directive) {
-    if (directive.has(B::LEFT)) directive.flags &= ~B::ZEROPAD;
+// By how much `a` passes `b`.
+int excess(int a, int b) { return a > b ? a - b : 0; }
+
+void writeDigits(BoundedOutput& out, const IntegerDigits& digits, bool large) {
+    if (char* const place = out.claim(digits.count())) return digits.writeTo(place, large);
+    char text[IntegerDigits::maxCount];
+    digits.writeTo(text, large);
+    out.copy(text, digits.count());
+}
+
+unsigned long magnitudeOf(long num, bool isNegative) {
+    const unsigned long bits = static_cast<unsigned long>(num);
+    return isNegative ? 0UL - bits : bits;
+}
+
+// Writes an integer; `base` is one of 2 to 36. Returns where the output stands then.
+char* writeNumber(BoundedOutput out, long num, unsigned int base, Directive directive) {
     const bool large = directive.has(B::LARGE);
     const char sign = signOf(num, directive);
-    const unsigned long bits = static_cast<unsigned long>(num);
-    const IntegerDigits digits(sign == '-' ? 0UL - bits : bits, static_cast<unsigned int>(base),
-                               large);
-    const std::size_t prefix = prefixLength(base, directive);
+    const IntegerDigits digits(magnitudeOf(num, sign == '-'), base);
+    const int prefix = prefixLength(base, directive);
+    const int count = static_cast<int>(digits.count());
 
-    const std::int64_t count = static_cast<std::int64_t>(digits.length());
-    const std::int64_t zeros = directive.precision > count ? directive.precision - count : 0;
-    const std::int64_t pad = std::int64_t{directive.width} - (sign ? 1 : 0) -
-                             static_cast<std::int64_t>(prefix) - zeros - count;
-    if (!directive.has(B::ZEROPAD | B::LEFT)) out.fill(' ', pad);
+    const int zeros = excess(directive.precision, count);
+    const int pad = excess(excess(directive.width, prefix + (sign ? 1 : 0)), zeros + count);
+    const bool left = directive.has(B::LEFT);
+    const bool zeroPad = !left && directive.has(B::ZEROPAD);
+    if (!left && !zeroPad) out.fill(' ', pad);
     if (sign) out.put(sign);
-    if (prefix > 0) out.copy(large ? "0X" : "0x", prefix);
-    if (directive.has(B::ZEROPAD)) out.fill('0', pad);
-    out.fill('0', zeros);
-    out.copy(digits.text(), digits.length());
-    if (directive.has(B::LEFT)) out.fill(' ', pad);
+    if (prefix > 0) out.put('0');
+    if (prefix > 1) out.put(large ? 'X' : 'x');
+    out.fill('0', zeroPad ? zeros + pad : zeros);
+    writeDigits(out, digits, large);
+    if (left) out.fill(' ', pad);
+    return out.position();
+}
+
+// The same where nothing stands around the digits but a "-".
+char* writePlainNumber(BoundedOutput out, long num, unsigned int base, int flags) {
+    const bool isNegative = num < 0 && (flags & B::SIGN) != 0;
+    if (isNegative) out.put('-');
+    writeDigits(out, IntegerDigits(magnitudeOf(num, isNegative), base), (flags & B::LARGE) != 0);
+    return out.position();
+}
+
+char* writeJustified(BoundedOutput out, const Directive& directive, const char* text,
+                     std::size_t length) {
+    int pad = 0;
+    if (directive.width > 0 && length < static_cast<unsigned int>(directive.width)) {
+        pad = directive.width - static_cast<int>(length);
+    }
+    const bool left = directive.has(B::LEFT);
+    if (!left) out.fill(' ', pad);
+    out.copy(text, length);
+    if (left) out.fill(' ', pad);
+    return out.position();
 }
 
 // Walks a format and writes what it says.
 class Formatter {
   public:
-    Formatter(char* buf, unsigned int size, const char* format, void* arguments)
-        : start_(buf), out_(buf, size), next_(format), arguments_(arguments) {}
+    Formatter(char* buf, unsigned int size, const char* format, ArgumentList& arguments)
+        : start_(buf), out_(buf, lastPlace(buf, size)), next_(format), arguments_(arguments) {}
 
     int run() {
         for (;;) {
@@ -97,32 +149,51 @@ class Formatter {
     }
 
   private:
+    // `size` places on, or the end of all memory where it comes before that.
+    static char* lastPlace(char* buf, unsigned int size) {
+        const std::uintptr_t left = UINTPTR_MAX - reinterpret_cast<std::uintptr_t>(buf);
+        return buf + (size < left ? size : left);
+    }
+
     int stored() const { return static_cast<int>(out_.position() - start_); }
 
     // Copies all up to the next directive.
     void copyPlain() {
-        const char* const plain = next_;
-        while (*next_ != '\0' && *next_ != '%') ++next_;
-        out_.copy(plain, static_cast<std::size_t>(next_ - plain));
+        const std::size_t room = out_.room();
+        char* to = out_.position();
+        char* const end = to + (room < usualStretch ? room : usualStretch);
+        while (to != end && *next_ != '\0' && *next_ != '%') *to++ = *next_++;
+        out_.moveTo(to);
+        if (*next_ == '\0' || *next_ == '%') return;
+        const std::size_t rest = std::strcspn(next_, "%");
+        out_.copy(next_, rest);
+        next_ += rest;
     }
 
     Directive readDirective() {
         Directive directive;
-        while (const int flag = flagOf(*next_)) {
-            directive.flags |= flag;
-            ++next_;
+        // Flags, widths and precisions begin with what stands before the letters.
+        if (*next_ <= '9') {
+            readFlags(directive);
+            readWidth(directive);
+            readPrecision(directive);
         }
-        readWidth(directive);
-        readPrecision(directive);
         if (*next_ == 'h' || *next_ == 'l' || *next_ == 'L' || *next_ == 'Z') {
             directive.qualifier = *next_++;
         }
         return directive;
     }
 
+    void readFlags(Directive& directive) {
+        while (const int flag = flagOf(*next_)) {
+            directive.flags |= flag;
+            ++next_;
+        }
+    }
+
     void readWidth(Directive& directive) {
         if (isDigit(*next_)) {
-            directive.width = B::skip_atoi(&next_);
+            directive.width = readDigits(next_);
         } else if (*next_ == '*') {
             ++next_;
             const int width = arguments_.next<int>();
@@ -136,7 +207,7 @@ class Formatter {
         ++next_;
         directive.precision = 0;
         if (isDigit(*next_)) {
-            directive.precision = B::skip_atoi(&next_);
+            directive.precision = readDigits(next_);
         } else if (*next_ == '*') {
             ++next_;
             const int precision = arguments_.next<int>();
@@ -154,26 +225,19 @@ class Formatter {
             case 'p': return writePointer(directive);
             case 'n': return storeCount(directive);
             case '%': return out_.put('%');
-            case 'o': return writeInteger(directive, 8, 0);
-            case 'x': return writeInteger(directive, 16, 0);
-            case 'X': return writeInteger(directive, 16, B::LARGE);
+            case 'o':
+            case 'x':
+            case 'X':
             case 'd':
-            case 'i': return writeInteger(directive, 10, B::SIGN);
-            case 'u': return writeInteger(directive, 10, 0);
+            case 'i':
+            case 'u': return writeInteger(directive, conversion);
             default: out_.put('%'); out_.put(conversion);
         }
     }
 
-    void writeJustified(const Directive& directive, const char* text, std::size_t length) {
-        const std::int64_t pad = directive.width - static_cast<std::int64_t>(length);
-        if (!directive.has(B::LEFT)) out_.fill(' ', pad);
-        out_.copy(text, length);
-        if (directive.has(B::LEFT)) out_.fill(' ', pad);
-    }
-
     void writeCharacter(const Directive& directive) {
         const char c = static_cast<char>(arguments_.next<int>());
-        writeJustified(directive, &c, 1);
+        out_.moveTo(writeJustified(out_, directive, &c, 1));
     }
 
     void writeText(const Directive& directive) {
@@ -182,7 +246,7 @@ class Formatter {
         const std::size_t length =
             directive.precision < 0 ? std::strlen(text)
                                     : strnlen(text, static_cast<std::size_t>(directive.precision));
-        writeJustified(directive, text, length);
+        out_.moveTo(writeJustified(out_, directive, text, length));
     }
 
     void writePointer(Directive directive) {
@@ -191,8 +255,8 @@ class Formatter {
             directive.flags |= B::ZEROPAD;
         }
         void* const pointer = arguments_.next<void*>();
-        writeNumber(out_, static_cast<long>(reinterpret_cast<std::intptr_t>(pointer)), 16,
-                    directive);
+        out_.moveTo(writeNumber(out_, static_cast<long>(reinterpret_cast<std::intptr_t>(pointer)),
+                                16, directive));
     }
 
     void storeCount(const Directive& directive) {
@@ -205,9 +269,15 @@ class Formatter {
         }
     }
 
-    void writeInteger(Directive directive, int base, int flags) {
-        directive.flags |= flags;
-        writeNumber(out_, nextInteger(directive), base, directive);
+    void writeInteger(Directive directive, char conversion) {
+        unsigned int base = 10;
+        if (conversion == 'd' || conversion == 'i') directive.flags |= B::SIGN;
+        if (conversion == 'X') directive.flags |= B::LARGE;
+        if (conversion == 'X' || conversion == 'x') base = 16;
+        if (conversion == 'o') base = 8;
+        const long num = nextInteger(directive);
+        out_.moveTo(directive.isPlain() ? writePlainNumber(out_, num, base, directive.flags)
+                                        : writeNumber(out_, num, base, directive));
     }
 
     // The next integer, brought to the width that the qualifier names.
@@ -224,7 +294,7 @@ class Formatter {
     char* start_;
     BoundedOutput out_;
     const char* next_;
-    ArgumentList arguments_;
+    ArgumentList& arguments_;
 };
 
 }  // namespace
@@ -234,27 +304,19 @@ BoundedStringBase::BoundedStringBase() = default;
 BoundedStringBase::~BoundedStringBase() = default;
 
 int BoundedStringBase::makeString(char* buf, unsigned int size, const char* fmt, void* args) {
-    return Formatter(buf, size, fmt ? fmt : "", args).run();
+    ArgumentList arguments(args);
+    return Formatter(buf, size, fmt ? fmt : "", arguments).run();
 }
 
 char* BoundedStringBase::number(char* out, char* end, long num, int base, int width, int precision,
                                 int flags) {
     if (base < 2 || base > 36) return nullptr;
     if (out >= end) return out;
-    BoundedOutput output(out, static_cast<std::size_t>(end - out) - 1);
     Directive directive;
     directive.flags = flags;
     directive.width = width;
     directive.precision = precision;
-    writeNumber(output, num, base, directive);
-    return output.position();
+    return writeNumber({out, end - 1}, num, static_cast<unsigned int>(base), directive);
 }
 
-int BoundedStringBase::skip_atoi(const char** s) {
-    std::int64_t value = 0;
-    for (; isDigit(**s); ++*s) {
-        value = value * 10 + (**s - '0');
-        if (value > INT_MAX) value = INT_MAX;
-    }
-    return static_cast<int>(value);
-}
+int BoundedStringBase::skip_atoi(const char** s) { return readDigits(*s); }

@@ -31,7 +31,7 @@ bool checkKey(bool keyInitialized) {
 }
 
 template <class Way>
-void transformDefault(const RoundKeys& keys, const char* in, char* result) {
+void transformDefault(RoundKeys keys, const char* in, char* result) {
     Block<4> t;
     t.load(in);
     detail::transform<Way>(t, keys);
@@ -39,7 +39,7 @@ void transformDefault(const RoundKeys& keys, const char* in, char* result) {
 }
 
 template <class Way, int Columns>
-void transformWide(const RoundKeys& keys, const char* in, char* result) {
+void transformWide(RoundKeys keys, const char* in, char* result) {
     Block<Columns> t;
     t.load(in);
     detail::transformBlock<Way>(t, keys);

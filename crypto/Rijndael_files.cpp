@@ -4,8 +4,10 @@
 
 #include <cstdint>
 #include <cstring>
+#include <new>
 
 #include "crypto/cipher_event.h"
+#include "kfl/Host.h"
 #include "kfl/Rijndael.h"
 
 namespace kfl::AES {
@@ -14,14 +16,19 @@ namespace {
 // How much of a file is worked on at once: whole blocks of every size, and whole pages.
 constexpr unsigned pieceSize = 96 * 512;
 
-// What tells the two operations apart: the open modes, what the end of the input is filled up with,
-// and the work itself.
+// What tells the two operations apart.
 struct Operation {
+    bool enciphers;
     const char* readMode;
     const char* writeMode;
+    // What fills up the last block.
     int filler;
-    void (Rijndael::*run)(const char* in, char* result, unsigned n, int mode);
 };
+
+// Kept on purpose: the open modes differ, and so does the filler: enciphering takes the end of the
+// file for bytes of 0xFF, deciphering leaves its zeroed area as it was.
+constexpr Operation encipherFile{true, "r", "wb", 0xFF};
+constexpr Operation decipherFile{false, "rb", "w", 0};
 
 FILE* openFile(const char* name, const char* mode) { return name ? fopen(name, mode) : nullptr; }
 
@@ -50,12 +57,13 @@ class Files {
 
     // The input's length in bytes; 0 for what has none.
     std::uint64_t inputLength() const {
-        struct stat status;
-        const bool isDirectory = fstat(fileno(in_), &status) == 0 && S_ISDIR(status.st_mode);
+        // The end of a directory may be anywhere, up to the largest number there is.
+        struct stat status = {};
+        fstat(fileno(in_), &status);
         fseeko(in_, 0, SEEK_END);
         const off_t end = ftello(in_);
         rewind(in_);
-        return end > 0 && !isDirectory ? static_cast<std::uint64_t>(end) : 0;
+        return end > 0 && !S_ISDIR(status.st_mode) ? static_cast<std::uint64_t>(end) : 0;
     }
 
     // Reads `n` bytes; what the file does not have is filled up.
@@ -77,8 +85,8 @@ class Files {
 // A working area.
 class Area {
   public:
-    explicit Area(unsigned size) : bytes_(new char[size]) {}
-    ~Area() { delete[] bytes_; }
+    explicit Area(unsigned size) : bytes_(static_cast<char*>(operator new[](size))) {}
+    ~Area() { operator delete[](bytes_); }
     Area(const Area&) = delete;
     Area& operator=(const Area&) = delete;
 
@@ -103,16 +111,15 @@ void runOnFile(Rijndael& cipher, const Operation& operation, Files& files, int m
     do {
         const unsigned n = pieceOf(left);
         files.read(in.bytes(), n, operation.filler);
-        (cipher.*operation.run)(in.bytes(), result.bytes(), n, mode);
+        if (operation.enciphers) {
+            cipher.encrypt(in.bytes(), result.bytes(), n, mode);
+        } else {
+            cipher.decrypt(in.bytes(), result.bytes(), n, mode);
+        }
         files.write(result.bytes(), n);
         left -= n;
     } while (left > 0);
 }
-
-// Kept on purpose: the open modes differ, and so does what fills up the last block: enciphering
-// takes the end of the file for bytes of 0xFF, deciphering leaves its zeroed area as it was.
-constexpr Operation encipherFile{"r", "wb", 0xFF, &Rijndael::encrypt};
-constexpr Operation decipherFile{"rb", "w", 0, &Rijndael::decrypt};
 
 void runOnFiles(Rijndael& cipher, const Operation& operation, const char* inName,
                 const char* outName, int mode) {

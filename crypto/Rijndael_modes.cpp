@@ -43,9 +43,12 @@ bool chainedPairsAreIndependent(const Text& text) {
     return text.distance() + (blockSize - 1) >= pairSize + (blockSize - 1);
 }
 
+// Each mode is a function of its own ([[gnu::noinline]]): what its callers hold in registers would
+// leave too few for the rounds.
+
 // Enciphers and deciphers in ECB.
 template <class Way>
-void transformPairs(Text& text, const RoundKeys& keys) {
+void transformPairs(Text& text, RoundKeys keys) {
     for (; text.left >= pairSize; text.skip(pairSize)) {
         Block<4> a;
         Block<4> b;
@@ -58,7 +61,7 @@ void transformPairs(Text& text, const RoundKeys& keys) {
 }
 
 template <class Way, int Columns>
-void transformText(Text text, const RoundKeys& keys) {
+[[gnu::noinline]] void transformText(Text text, RoundKeys keys) {
     if constexpr (Columns == 4) {
         if (pairsAreIndependent(text)) transformPairs<Way>(text, keys);
     }
@@ -84,7 +87,7 @@ struct Cfb {
 
 // Four columns stay in registers from block to block.
 template <int Columns>
-void encipher(Block<Columns>& t, const RoundKeys& keys) {
+[[gnu::always_inline]] inline void encipher(Block<Columns>& t, RoundKeys keys) {
     if constexpr (Columns == 4) {
         detail::transform<Enciphering>(t, keys);
     } else {
@@ -93,7 +96,7 @@ void encipher(Block<Columns>& t, const RoundKeys& keys) {
 }
 
 template <class Mode, int Columns>
-void encryptChained(Text text, const RoundKeys& keys, char* chainBytes) {
+[[gnu::noinline]] void encryptChained(Text text, RoundKeys keys, char* chainBytes) {
     Block<Columns> chain;
     chain.load(chainBytes);
     for (; text.left > 0; text.skip(Block<Columns>::size)) {
@@ -106,7 +109,7 @@ void encryptChained(Text text, const RoundKeys& keys, char* chainBytes) {
 }
 
 template <class Mode>
-void decryptChainedPairs(Text& text, const RoundKeys& keys, Block<4>& chain) {
+void decryptChainedPairs(Text& text, RoundKeys keys, Block<4>& chain) {
     for (; text.left >= pairSize; text.skip(pairSize)) {
         const char* const second = text.in + Block<4>::size;
         Block<4> a;
@@ -133,7 +136,7 @@ void decryptChainedPairs(Text& text, const RoundKeys& keys, Block<4>& chain) {
 }
 
 template <class Mode, int Columns>
-void decryptChained(Text text, const RoundKeys& keys, char* chainBytes) {
+[[gnu::noinline]] void decryptChained(Text text, RoundKeys keys, char* chainBytes) {
     Block<Columns> chain;
     chain.load(chainBytes);
     if constexpr (Columns == 4) {

@@ -27,6 +27,7 @@ void expand(const char* key, unsigned* words, int count) {
     unsigned last = words[KeyWords - 1];
     for (const unsigned* const end = words + count; words + KeyWords < end; words += KeyWords) {
         last = substitutedWord(last << 8 | last >> 24) ^ unsigned { *rcon++ } << 24;
+#pragma GCC unroll 8
         for (int i = 0; i < KeyWords; ++i) {
             if (KeyWords == 8 && i == 4) last = substitutedWord(last);
             last ^= words[i];
@@ -40,25 +41,37 @@ unsigned unmixed(unsigned w) {
            Rijndael::_U3[(w >> 8) & 0xFF] ^ Rijndael::_U4[w & 0xFF];
 }
 
+// Hands the words out to the rows of both directions.
+template <int BlockWords>
+void spread(const unsigned* words, int rounds, unsigned (*encryptKeys)[8],
+            unsigned (*decryptKeys)[8]) {
+    for (int r = 0; r <= rounds; ++r, words += BlockWords) {
+        std::memcpy(encryptKeys[r], words, 4 * BlockWords);
+        unsigned* const back = decryptKeys[rounds - r];
+        if (r == 0 || r == rounds) {
+            std::memcpy(back, words, 4 * BlockWords);
+        } else {
+#pragma GCC unroll 8
+            for (int j = 0; j < BlockWords; ++j) back[j] = unmixed(words[j]);
+        }
+    }
+}
+
+void expandInto(unsigned* words, const char* key, int keyWords, int count) {
+    if (keyWords == 4) return expand<4>(key, words, count);
+    if (keyWords == 6) return expand<6>(key, words, count);
+    expand<8>(key, words, count);
+}
+
 }  // namespace
 
 void expandKey(const char* key, int keyWords, int blockWords, int rounds,
                unsigned (*encryptKeys)[8], unsigned (*decryptKeys)[8]) {
     unsigned words[mostWords];
-    const int count = (rounds + 1) * blockWords;
-    switch (keyWords) {
-        case 4: expand<4>(key, words, count); break;
-        case 6: expand<6>(key, words, count); break;
-        default: expand<8>(key, words, count);
-    }
-    const unsigned* from = words;
-    for (int r = 0; r <= rounds; ++r, from += blockWords) {
-        const bool isOuter = r == 0 || r == rounds;
-        for (int j = 0; j < blockWords; ++j) {
-            encryptKeys[r][j] = from[j];
-            decryptKeys[rounds - r][j] = isOuter ? from[j] : unmixed(from[j]);
-        }
-    }
+    expandInto(words, key, keyWords, (rounds + 1) * blockWords);
+    if (blockWords == 4) return spread<4>(words, rounds, encryptKeys, decryptKeys);
+    if (blockWords == 6) return spread<6>(words, rounds, encryptKeys, decryptKeys);
+    spread<8>(words, rounds, encryptKeys, decryptKeys);
 }
 
 }  // namespace kfl::detail

@@ -40,58 +40,49 @@ struct Deciphering {
     static const unsigned char* last() { return Rijndael::_Si; }
 };
 
-// The four bytes that the row shift brings together in one column.
+// The column to which the row shift takes row `Row` of column `Column`.
+template <class Way, int Columns, int Column, int Row>
+constexpr int target = (Column + Columns - shift(Columns, Row, Way::direction)) % Columns;
+
+// A column's share in the next state: its four bytes, substituted and mixed, go to four columns. So
+// a column is done with before the next one is looked at, which needs the fewest registers.
 template <class Way, int Columns, int Column>
-struct Gathered {
-    template <int Row>
-    static constexpr int from = (Column + shift(Columns, Row, Way::direction)) % Columns;
-
-    [[gnu::always_inline]] explicit Gathered(const unsigned* t)
-        : byte0(t[Column] >> 24),
-          byte1((t[from<1>] >> 16) & 0xFF),
-          byte2((t[from<2>] >> 8) & 0xFF),
-          byte3(t[from<3>] & 0xFF) {}
-
-    unsigned byte0;
-    unsigned byte1;
-    unsigned byte2;
-    unsigned byte3;
-};
-
-// A column of the next state.
-template <class Way, int Columns, int Column>
-[[gnu::always_inline]] inline unsigned mixedColumn(const unsigned* t, unsigned key) {
-    const Gathered<Way, Columns, Column> g(t);
-    return Way::row0()[g.byte0] ^ Way::row1()[g.byte1] ^ Way::row2()[g.byte2] ^
-           Way::row3()[g.byte3] ^ key;
+[[gnu::always_inline]] inline void scatter(unsigned* next, unsigned word) {
+    next[target<Way, Columns, Column, 3>] ^= Way::row3()[word & 0xFF];
+    next[target<Way, Columns, Column, 2>] ^= Way::row2()[(word >> 8) & 0xFF];
+    next[target<Way, Columns, Column, 1>] ^= Way::row1()[(word >> 16) & 0xFF];
+    next[Column] ^= Way::row0()[word >> 24];
 }
 
-// A column of the result.
+// The same in the last round, which does not mix.
 template <class Way, int Columns, int Column>
-[[gnu::always_inline]] inline unsigned lastColumn(const unsigned* t, unsigned key) {
-    const Gathered<Way, Columns, Column> g(t);
+[[gnu::always_inline]] inline void scatterLast(unsigned* next, unsigned word) {
     const unsigned char* const s = Way::last();
-    return unsigned{s[g.byte0]} << 24 ^ unsigned { s[g.byte1] } << 16 ^
-           unsigned { s[g.byte2] } << 8 ^ unsigned { s[g.byte3] } ^ key;
+    next[target<Way, Columns, Column, 3>] ^= unsigned{s[word & 0xFF]};
+    next[target<Way, Columns, Column, 2>] ^= unsigned{s[(word >> 8) & 0xFF]} << 8;
+    next[target<Way, Columns, Column, 1>] ^= unsigned{s[(word >> 16) & 0xFF]} << 16;
+    next[Column] ^= unsigned{s[word >> 24]} << 24;
 }
 
 template <class Way, int Columns, int... I>
 [[gnu::always_inline]] inline void middleRound(Block<Columns>& t, const unsigned* key,
                                                Indices<I...>) {
-    const unsigned old[] = {t.word[I]...};
-    ((t.word[I] = mixedColumn<Way, Columns, I>(old, key[I])), ...);
+    unsigned next[] = {key[I]...};
+    (scatter<Way, Columns, I>(next, t.word[I]), ...);
+    ((t.word[I] = next[I]), ...);
 }
 
 template <class Way, int Columns, int... I>
 [[gnu::always_inline]] inline void lastRound(Block<Columns>& t, const unsigned* key,
                                              Indices<I...>) {
-    const unsigned old[] = {t.word[I]...};
-    ((t.word[I] = lastColumn<Way, Columns, I>(old, key[I])), ...);
+    unsigned next[] = {key[I]...};
+    (scatterLast<Way, Columns, I>(next, t.word[I]), ...);
+    ((t.word[I] = next[I]), ...);
 }
 
 // All rounds of one block.
 template <class Way, int Columns>
-[[gnu::always_inline]] inline void transform(Block<Columns>& t, const RoundKeys& keys) {
+[[gnu::always_inline]] inline void transform(Block<Columns>& t, RoundKeys keys) {
     using All = typename Block<Columns>::All;
     const unsigned(*row)[8] = keys.row;
     t.add(*row++);
@@ -107,7 +98,7 @@ template <class Way, int Columns>
 // which the other waits for its own; the processor does the mixing.
 template <class Way, int Columns>
 [[gnu::always_inline]] inline void transformBoth(Block<Columns>& a, Block<Columns>& b,
-                                                 const RoundKeys& keys) {
+                                                 RoundKeys keys) {
     using All = typename Block<Columns>::All;
     const unsigned(*row)[8] = keys.row;
     a.add(*row);

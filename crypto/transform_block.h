@@ -8,7 +8,7 @@ namespace kfl::detail {
 
 // All rounds of one block; Way is Enciphering or Deciphering.
 template <class Way, int Columns>
-void transformBlock(Block<Columns>& t, const RoundKeys& keys);
+void transformBlock(Block<Columns>& t, RoundKeys keys);
 
 }  // namespace kfl::detail
 

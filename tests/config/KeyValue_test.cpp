@@ -126,7 +126,9 @@ TEST(NameValuePairTest, CopiesBothTexts) {
 
 TEST(NameValuePairTest, BothStringsHaveRoomFor100MoreCharacters) {
     for (const std::string& text : {std::string(), std::string("h"), std::string(500, 'x')}) {
+        const AllocationCount count;
         const NameValuePair pair(text.c_str(), text.c_str());
+        EXPECT_EQ(count.made(), 2U) << "one for each string";
         // As a string that is built full, cleared and filled again.
         kfl::AString refilled(text.c_str());
         refilled.clear();

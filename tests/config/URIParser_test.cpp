@@ -1,5 +1,6 @@
 #include "kfl/URIParser.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -107,6 +108,21 @@ TEST(URIParserTest, TheTableOfProtocolsIsReadOnly) {
     EXPECT_EQ(rightsAt(&writable), "rw-p");
     EXPECT_EQ(rightsAt(&fileTransferProtocols[0]), "r--p");
     EXPECT_EQ(rightsAt(&fileTransferProtocols[5]), "r--p");
+}
+
+// A program may have been given a copy of the table; the library's own is looked up in its file.
+TEST(URIParserTest, TheLibrarysOwnTableIsReadOnlyToo) {
+    Dl_info info{};
+    ASSERT_NE(dladdr(dlsym(RTLD_DEFAULT, "_ZN3kfl9URIParserC1Ev"), &info), 0);
+    void* const library = dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD);
+    ASSERT_NE(library, nullptr) << info.dli_fname;
+    auto* const table =
+        static_cast<const char**>(dlsym(library, "_ZN3kfl21fileTransferProtocolsE"));
+    ASSERT_NE(table, nullptr);
+    EXPECT_STREQ(table[0], "TFTP");
+    EXPECT_EQ(rightsAt(&table[0]), "r--p");
+    EXPECT_EQ(rightsAt(&table[5]), "r--p");
+    dlclose(library);
 }
 
 TEST(LookupStringIgnoreCaseTest, FindsTheFirstEqualEntry) {

@@ -136,6 +136,18 @@ TEST(BoundedStringBaseOracleTest, NumberAgreesWithAModelForEveryFlagSet) {
     }
 }
 
+TEST(BoundedStringBaseOracleTest, NumberAgreesWithAModelWhereItsLengthChanges) {
+    for (unsigned int base = 2; base <= 36; ++base) {
+        for (unsigned long power = base;; power *= base) {
+            for (const unsigned long value : {power - 1, power, power + 1}) {
+                compareNumber({static_cast<long>(value), base, -1, -1, 0}, 80);
+                if (HasFatalFailure()) return;
+            }
+            if (power > ULONG_MAX / base) break;
+        }
+    }
+}
+
 TEST(BoundedStringBaseOracleTest, NumberAgreesWithAModelInRoomsOfEverySize) {
     Random random(2);
     for (int i = 0; i < 30000; ++i) {

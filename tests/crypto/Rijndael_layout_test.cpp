@@ -203,7 +203,7 @@ std::string member(const std::string& rest) { return "_ZN3kfl3AES8Rijndael" + re
 TEST(RijndaelLayoutTest, VirtualTableHoldsTheDestructorAlone) {
     Raw raw;
     void* const* table;
-    std::memcpy(&table, &raw.cipher(), sizeof table);
+    std::memcpy(&table, static_cast<const void*>(&raw.cipher()), sizeof table);
     EXPECT_EQ(table[-2], nullptr);
     EXPECT_EQ(table[-1], exported("_ZTIN3kfl3AES8RijndaelE"));
     EXPECT_EQ(table[0], exported(member("D1Ev")));

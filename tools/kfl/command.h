@@ -39,8 +39,13 @@ struct Command {
 };
 
 // The subcommands, in alphabetical order.
+extern const Command alarmCommand;
+extern const Command eventCommand;
 extern const Command iniCommand;
 extern const Command keyvalueCommand;
+extern const Command listenCommand;
+extern const Command runCommand;
+extern const Command sendCommand;
 extern const Command uriCommand;
 
 // Thrown by fail and usageError, and by --help; main ends the process with it.

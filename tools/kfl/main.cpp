@@ -10,7 +10,8 @@ namespace kfl_tool {
 namespace {
 
 // In alphabetical order.
-const Command* const commands[] = {&iniCommand, &keyvalueCommand, &uriCommand};
+const Command* const commands[] = {&alarmCommand,  &eventCommand, &iniCommand,  &keyvalueCommand,
+                                   &listenCommand, &runCommand,   &sendCommand, &uriCommand};
 
 void printHelp() {
     std::puts(
