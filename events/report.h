@@ -16,7 +16,8 @@ struct EventNumber {
     int code;
 };
 
-// Files a text: a ready one, or one that Parms has just formatted.
+// Files a text, which is the host's Parms of a format and its arguments: written out at each call,
+// where the compiler checks the one against the other.
 inline int report(Priority priority, const EventNumber& event, const char* text) {
     return genSyslogEvent(priority, event.group, event.index, event.code, text);
 }
