@@ -94,7 +94,7 @@ struct Given {
 
 // Keeps what was on the command line from being seen in the list of processes any longer.
 std::string takeFromCommandLine() {
-    const std::string text = optarg;
+    std::string text = optarg;
     std::memset(optarg, '*', text.size());
     return text;
 }
