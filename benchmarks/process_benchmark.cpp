@@ -59,6 +59,7 @@ void compare(const std::string& name, int rounds, const Ours& ours, const Peer& 
     }
     std::printf("%-48s %11.1f %11.1f %9.3f %9.3f\n", name.c_str(), median(times), median(peerTimes),
                 median(times) / median(peerTimes), median(ratios));
+    std::fflush(stdout);
 }
 
 void startLean() {
@@ -85,7 +86,7 @@ void compareStarts() {
             compare(
                 "start /bin/true, limit " + std::to_string(limit.rlim_cur) + ", " +
                     std::to_string(open) + " open",
-                2000, [] { kfl::osCreateProcess("/bin/true", true, nullptr); }, startLean);
+                500, [] { kfl::osCreateProcess("/bin/true", true, nullptr); }, startLean);
             for (int i = 3; i < 3 + open; ++i) close(i);
         }
     }
@@ -120,9 +121,9 @@ void copyLoop(int from, int to) {
 void compareCopies(const std::string& folder) {
     const std::string from = folder + "/kfl-benchmark-from";
     const std::string to = folder + "/kfl-benchmark-to";
-    const std::pair<size_t, int> sizes[] = {{0, 3000},     {100, 3000},   {4096, 3000},
-                                            {15000, 3000}, {65536, 1000}, {1 << 20, 200},
-                                            {64 << 20, 25}};
+    const std::pair<size_t, int> sizes[] = {{0, 1000},     {100, 1000},  {4096, 1000},
+                                            {15000, 1000}, {65536, 300}, {1 << 20, 100},
+                                            {64 << 20, 15}};
     for (const auto& [size, rounds] : sizes) {
         std::string content(size, '\0');
         for (size_t i = 0; i < size; ++i) content[i] = static_cast<char>(i * 2654435761U >> 13U);

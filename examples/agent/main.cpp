@@ -5,6 +5,7 @@
 //     report      shows what the agent will run with        its sections and keys
 //     children    starts programs and reaps them            kfl::osCreateProcess and its kin
 //     listener    receives datagrams on a thread            kfl::OSThread, IPCSocket, ISCSocket
+//     backup      keeps an enciphered copy of the settings  kfl::AES::Rijndael
 //     service     the agent at work, until SIGTERM          raiseSyslogEvent, raiseSyslogAlarm
 //     downloads   splits locations, reads their defaults    kfl::URIParser, kfl::KeyValueParser
 //     journal     collects lines to show them together      StringFormat, Buffer
@@ -56,7 +57,7 @@ int run(const char* path, bool serving) {
     reportDownloads(journal, settings, path);
     journal.print();
     printUnknownKeys(settings);
-    return serving ? serve(settings) : 0;
+    return serving ? serve(settings, path) : 0;
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdio>
 
+#include "backup.h"
 #include "children.h"
 #include "kfl/syslog_events.h"
 #include "listener.h"
@@ -60,13 +61,15 @@ void waitForStop() {
 
 }  // namespace
 
-int serve(Settings& settings) {
+int serve(Settings& settings, const char* path) {
     stopOnSignals();
     reapChildrenOnSignal();
     Listener listener(settings.text("services", "control-socket"),
                       settings.number("services", "discovery-port"));
     if (!listener.open()) return 1;
     event(1, "agent is up");
+
+    if (settings.isOn("backup", "enabled")) backUp(path, settings.text("backup", "path"));
 
     if (const char* const selfTest = settings.text("services", "self-test")) runSelfTest(selfTest);
     int helper = -1;

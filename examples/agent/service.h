@@ -6,9 +6,10 @@
 
 namespace agent {
 
-// Runs what the settings' section "services" asks for until SIGTERM or SIGINT comes, and leaves
-// nothing behind. Returns the process's exit status.
-int serve(Settings& settings);
+// Runs what the settings' section "services" asks for, after a backup of the file at `path` where
+// that is enabled, until SIGTERM or SIGINT comes, and leaves nothing behind. Returns the process's
+// exit status.
+int serve(Settings& settings, const char* path);
 
 }  // namespace agent
 

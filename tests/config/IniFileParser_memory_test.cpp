@@ -1,7 +1,6 @@
 // What the INI parser asks of the allocator, and what it keeps when that says no.
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <functional>
@@ -11,6 +10,7 @@
 #include "kfl/IniFileParser.h"
 #include "tests/config/simple_ini_reader.h"
 #include "tests/support/counted_new.h"
+#include "tests/support/huge_text.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -232,45 +232,8 @@ TEST_F(IniFileParserMemoryTest, ParsingThatFailsKeepsWhatItRead) {
         });
 }
 
-// Text of more than 4 GiB, made of one mebibyte that is mapped again and again.
-class HugeText {
-  public:
-    explicit HugeText(std::size_t mebibytes)
-        : size_(mebibytes << 20U), file_(memfd_create("text", 0)) {
-        const std::string block(std::size_t{1} << 20U, 'x');
-        EXPECT_EQ(write(file_, block.data(), block.size()), static_cast<ssize_t>(block.size()));
-        void* const room = mmap(nullptr, size_ + block.size(), PROT_READ | PROT_WRITE,
-                                MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-        if (room == MAP_FAILED) return;
-        text_ = static_cast<char*>(room);
-        for (std::size_t at = 0; at < size_; at += block.size())
-            mmap(text_ + at, block.size(), PROT_READ, MAP_SHARED | MAP_FIXED, file_, 0);
-    }
-    ~HugeText() {
-        if (text_) munmap(text_, size_ + (std::size_t{1} << 20U));
-        close(file_);
-    }
-    HugeText(const HugeText&) = delete;
-    HugeText& operator=(const HugeText&) = delete;
-
-    const char* text() const { return text_; }
-
-  private:
-    std::size_t size_;
-    int file_;
-    char* text_ = nullptr;
-};
-
-// Only a 64-bit host can have such text. ThreadSanitizer would keep a record, four times as large,
-// of every byte that was looked at: there the text is as on a 32-bit host.
-#if defined(__SANITIZE_THREAD__)
-constexpr bool wide = false;
-#else
-constexpr bool wide = sizeof(void*) > 4;
-#endif
-
 TEST_F(IniFileParserMemoryTest, TextOfMoreThan32BitsIsRefusedWhole) {
-    const HugeText huge(wide ? 4097 : 64);
+    const kfl_test::HugeText huge;
     ASSERT_NE(huge.text(), nullptr);
     // The length of this one, cut to 32 bits, is that of one mebibyte.
     const std::string cut(std::size_t{1} << 20U, 'x');
@@ -281,7 +244,7 @@ TEST_F(IniFileParserMemoryTest, TextOfMoreThan32BitsIsRefusedWhole) {
 
     EXPECT_EQ(parser.getSection(huge.text()), nullptr);
     EXPECT_EQ(parser.getKey(huge.text(), cut.c_str()), nullptr);
-    if (wide) {
+    if (kfl_test::hasHugeText) {
         EXPECT_THROW(parser.createSection(huge.text()), std::bad_alloc);
         EXPECT_THROW(parser.setValue(huge.text(), "w", ""), std::bad_alloc);
         EXPECT_THROW(parser.setValue("k", huge.text(), ""), std::bad_alloc);

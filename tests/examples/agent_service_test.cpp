@@ -161,6 +161,29 @@ TEST_F(AgentServiceTest, WaitsForItsSelfTestAndRaisesTheAlarmByItsResult) {
     EXPECT_EQ(stop(), 0);
 }
 
+TEST_F(AgentServiceTest, KeepsAnEncipheredBackupThatReadsBackTheSame) {
+    const std::string backup = folder / "backup";
+    start("[backup]\nenabled=yes\npath=" + backup + "\n");
+    ASSERT_TRUE(hasPrinted("restored: the same\n"));
+    EXPECT_EQ(stop(), 0);
+    const std::string original = contentOf(folder / "test.ini");
+    const std::string enciphered = contentOf(backup);
+    const std::size_t size = (original.size() + 15) / 16 * 16;
+    EXPECT_EQ(enciphered.size(), size);
+    EXPECT_EQ(enciphered.find("control-socket"), std::string::npos);
+    std::ostringstream line;
+    line << "backup: " << original.size() << " bytes as " << size << " in " << backup << ", "
+         << size - original.size() << " of padding; restored: the same\n";
+    EXPECT_NE(contentOf(output).find(line.str()), std::string::npos) << contentOf(output);
+    EXPECT_NE(access((backup + ".restored").c_str(), F_OK), 0);
+}
+
+TEST_F(AgentServiceTest, SaysWhenTheBackupCannotBeWritten) {
+    start("[backup]\nenabled=yes\npath=" + folder.path() + "/none/backup\n");
+    EXPECT_TRUE(hasPrinted("restored: not the same\n"));
+    EXPECT_EQ(stop(), 0);
+}
+
 TEST_F(AgentServiceTest, TakesANameThatAnEarlierRunLeftBehind) {
     folder.write("agent.socket", "");
     start("");

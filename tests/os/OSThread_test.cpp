@@ -100,14 +100,33 @@ TEST(OsCreateThreadTest, ServesTenThousandThreadsInSequence) {
     }
 }
 
+// Several hundred stacks of a PC's size do not fit into 32 bits.
+class SmallStacks {
+  public:
+    SmallStacks() {
+        pthread_getattr_default_np(&attributes_);
+        pthread_attr_getstacksize(&attributes_, &usual_);
+        if (sizeof(void*) == 4) setSize(1 << 18);
+    }
+    ~SmallStacks() {
+        setSize(usual_);
+        pthread_attr_destroy(&attributes_);
+    }
+    SmallStacks(const SmallStacks&) = delete;
+    SmallStacks& operator=(const SmallStacks&) = delete;
+
+  private:
+    void setSize(std::size_t size) {
+        pthread_attr_setstacksize(&attributes_, size);
+        pthread_setattr_default_np(&attributes_);
+    }
+
+    pthread_attr_t attributes_{};
+    std::size_t usual_ = 0;
+};
+
 TEST(OsCreateThreadTest, ServesSeveralHundredThreadsAtOnce) {
-    // With the stacks of a PC they would not fit into 32 bits.
-    pthread_attr_t attributes;
-    pthread_getattr_default_np(&attributes);
-    std::size_t stackSize = 0;
-    pthread_attr_getstacksize(&attributes, &stackSize);
-    pthread_attr_setstacksize(&attributes, 1 << 18);
-    pthread_setattr_default_np(&attributes);
+    const SmallStacks stacks;
     std::atomic<bool> go{false};
     std::vector<int> ids;
     for (int i = 0; i < 300; ++i) ids.push_back(start(untilSet, &go));
@@ -119,9 +138,6 @@ TEST(OsCreateThreadTest, ServesSeveralHundredThreadsAtOnce) {
         EXPECT_EQ(osJoinThread(ids[ids.size() - 1 - i]), 0);
     }
     for (const int id : ids) EXPECT_EQ(osJoinThread(id), ESRCH);
-    pthread_attr_setstacksize(&attributes, stackSize);
-    pthread_setattr_default_np(&attributes);
-    pthread_attr_destroy(&attributes);
 }
 
 TEST(OsCreateThreadTest, ServesSeveralCreatorsAtOnce) {

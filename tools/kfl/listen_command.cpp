@@ -53,7 +53,7 @@ void show(const char* datagram, int length) {
 bool listenOnce(CommunicationSocket& socket, std::vector<char>& buffer, const Limits& limits) {
     timeval time{};
     time.tv_sec = limits.milliseconds / 1000;
-    time.tv_usec = limits.milliseconds % 1000 * 1000;
+    time.tv_usec = suseconds_t{limits.milliseconds % 1000} * 1000;
     int code = 0;
     const int length = socket.receive(buffer.data(), largestDatagram, time, code);
     // Code 4 is an empty datagram.
