@@ -30,9 +30,9 @@
 //  that
 //    needs the exact length keeps it elsewhere, for example in the text's first bytes.
 //
-// One thread at a time uses an object; distinct objects are independent, a copy is one. In 16-byte
-// blocks `in` and `result` may be the same or overlap: the outcome is that of one block after the
-// other, as told at each operation.
+// One thread at a time uses an object; distinct objects are independent, and a copy is one. `in`
+// and `result` may be the same or overlap: the outcome is that of one block after the other, each
+// read before it is written, as told at each operation.
 #ifndef KFL_RIJNDAEL_H
 #define KFL_RIJNDAEL_H
 
