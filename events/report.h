@@ -16,16 +16,9 @@ struct EventNumber {
     int code;
 };
 
-// Files a ready text.
+// Files a text: a ready one, or one that Parms has just formatted.
 inline int report(Priority priority, const EventNumber& event, const char* text) {
     return genSyslogEvent(priority, event.group, event.index, event.code, text);
-}
-
-// Formats by the host's Parms and files the result. The text alone is a format too.
-template <class... Arguments>
-int reportFormatted(Priority priority, const EventNumber& event, const char* format,
-                    Arguments... arguments) {
-    return report(priority, event, Parms(format, arguments...));
 }
 
 }  // namespace kfl::detail

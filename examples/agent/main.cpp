@@ -14,8 +14,7 @@
 // (kfl/Host.h). This one takes the ready ones of the static library kfl-host.
 //
 //     agent [--serve] [FILE]     FILE is agent.ini beside the program unless given. With --serve
-//     the
-//                                agent goes to work, else it only shows its settings.
+//                                the agent goes to work, else it only shows its settings.
 #include <unistd.h>
 
 #include <cerrno>
