@@ -3,6 +3,7 @@
 #ifndef KFL_CRYPTO_BLOCK_H
 #define KFL_CRYPTO_BLOCK_H
 
+#include <cstddef>
 #include <cstring>
 
 namespace kfl::detail {
@@ -16,6 +17,8 @@ template <int... I>
 struct IndicesUpTo<0, I...> {
     using Type = Indices<I...>;
 };
+
+constexpr std::ptrdiff_t wordSize = 4;
 
 // The word's bytes in the order in which they stand in memory, and back.
 inline unsigned inMemoryOrder(unsigned word) {
@@ -55,11 +58,11 @@ struct Block {
   private:
     template <int... I>
     void load(const char* from, Indices<I...>) {
-        ((word[I] = loadWord(from + 4 * I)), ...);
+        ((word[I] = loadWord(from + I * wordSize)), ...);
     }
     template <int... I>
     void store(char* to, Indices<I...>) const {
-        (storeWord(to + 4 * I, word[I]), ...);
+        (storeWord(to + I * wordSize, word[I]), ...);
     }
     template <int... I>
     void add(const unsigned* words, Indices<I...>) {
@@ -67,7 +70,7 @@ struct Block {
     }
     template <int... I>
     void addMemory(const char* from, Indices<I...>) {
-        ((word[I] ^= loadWord(from + 4 * I)), ...);
+        ((word[I] ^= loadWord(from + I * wordSize)), ...);
     }
 };
 

@@ -22,7 +22,7 @@ unsigned substitutedWord(unsigned w) {
 // Makes the words of all rounds in one row, KeyWords a turn.
 template <int KeyWords>
 void expand(const char* key, unsigned* words, int count) {
-    for (int i = 0; i < KeyWords; ++i) words[i] = loadWord(key + 4 * i);
+    for (int i = 0; i < KeyWords; ++i) words[i] = loadWord(key + i * wordSize);
     const unsigned char* rcon = Rijndael::_rcon;
     unsigned last = words[KeyWords - 1];
     for (const unsigned* const end = words + count; words + KeyWords < end; words += KeyWords) {
@@ -46,10 +46,10 @@ template <int BlockWords>
 void spread(const unsigned* words, int rounds, unsigned (*encryptKeys)[8],
             unsigned (*decryptKeys)[8]) {
     for (int r = 0; r <= rounds; ++r, words += BlockWords) {
-        std::memcpy(encryptKeys[r], words, 4 * BlockWords);
+        std::memcpy(encryptKeys[r], words, Block<BlockWords>::size);
         unsigned* const back = decryptKeys[rounds - r];
         if (r == 0 || r == rounds) {
-            std::memcpy(back, words, 4 * BlockWords);
+            std::memcpy(back, words, Block<BlockWords>::size);
         } else {
 #pragma GCC unroll 8
             for (int j = 0; j < BlockWords; ++j) back[j] = unmixed(words[j]);

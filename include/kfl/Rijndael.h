@@ -26,12 +26,12 @@
 //    the key; use a cipher without tables where such neighbours are not trusted.
 //  - Round keys and chain are not wiped when the object ends. Its bytes can stay in memory and in
 //    core files; a host that minds overwrites the object's memory after its end.
-//  - Whole blocks only. Files are padded, and the padding is neither marked nor removed; who
-//    needs the exact length keeps it elsewhere, for example in the text's first bytes.
+//  - Whole blocks only. Files are padded, and the padding is neither marked nor removed. A host
+//    that needs the exact length keeps it, for example in the text's first bytes.
 //
-// One thread at a time uses an object; distinct objects are independent, a copy is one. In 16-byte
-// blocks `in` and `result` may be the same or overlap: the outcome is that of one block after the
-// other, as told at each operation.
+// One thread at a time uses an object; distinct objects are independent, and a copy is one. `in`
+// and `result` may be the same or overlap: the outcome is that of one block after the other, each
+// read before it is written, as told at each operation.
 #ifndef KFL_RIJNDAEL_H
 #define KFL_RIJNDAEL_H
 

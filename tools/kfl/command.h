@@ -40,6 +40,8 @@ struct Command {
 
 // The subcommands, in alphabetical order.
 extern const Command alarmCommand;
+extern const Command decryptCommand;
+extern const Command encryptCommand;
 extern const Command eventCommand;
 extern const Command iniCommand;
 extern const Command keyvalueCommand;

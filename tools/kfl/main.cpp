@@ -10,8 +10,9 @@ namespace kfl_tool {
 namespace {
 
 // In alphabetical order.
-const Command* const commands[] = {&alarmCommand,  &eventCommand, &iniCommand,  &keyvalueCommand,
-                                   &listenCommand, &runCommand,   &sendCommand, &uriCommand};
+const Command* const commands[] = {&alarmCommand, &decryptCommand,  &encryptCommand, &eventCommand,
+                                   &iniCommand,   &keyvalueCommand, &listenCommand,  &runCommand,
+                                   &sendCommand,  &uriCommand};
 
 void printHelp() {
     std::puts(
