@@ -311,7 +311,7 @@ int BoundedStringBase::makeString(char* buf, unsigned int size, const char* fmt,
 char* BoundedStringBase::number(char* out, char* end, long num, int base, int width, int precision,
                                 int flags) {
     if (base < 2 || base > 36) return nullptr;
-    if (out >= end) return out;
+    if (!out || out >= end) return out;
     Directive directive;
     directive.flags = flags;
     directive.width = width;

@@ -81,11 +81,11 @@ class IntegerDigits {
         // Half the width is a good deal faster to divide.
         std::uint32_t rest = static_cast<std::uint32_t>(wide);
         while (rest >= 100) {
-            std::memcpy(end -= 2, digitPairs + 2 * (rest % 100), 2);
+            std::memcpy(end -= 2, digitPairs + std::size_t{2} * (rest % 100), 2);
             rest /= 100;
         }
         if (rest >= 10) {
-            std::memcpy(end - 2, digitPairs + 2 * rest, 2);
+            std::memcpy(end - 2, digitPairs + std::size_t{2} * rest, 2);
         } else {
             *(end - 1) = static_cast<char>('0' + rest);
         }

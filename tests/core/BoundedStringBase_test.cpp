@@ -528,6 +528,14 @@ TEST(BoundedStringBaseTest, NumberWithoutSignReadsAllBits) {
     EXPECT_EQ(numberText(-1, 2, 0), std::string(CHAR_BIT * sizeof(long), '1'));
 }
 
+TEST(BoundedStringBaseTest, NumberWithoutAPlaceWritesNothing) {
+    char out[] = "ab";
+    EXPECT_EQ(B::number(out, out, 7, 10, -1, -1, 0), out);
+    EXPECT_EQ(B::number(out + 1, out, 7, 10, -1, -1, 0), out + 1);
+    EXPECT_STREQ(out, "ab");
+    EXPECT_EQ(B::number(nullptr, out, 7, 10, -1, -1, 0), nullptr);
+}
+
 TEST(BoundedStringBaseTest, NumberRefusesOtherBases) {
     for (const int base : {INT_MIN, -10, -1, 0, 1, 37, 38, 100, INT_MAX}) {
         char out[4] = {mark, mark, mark, mark};

@@ -65,7 +65,7 @@ int sendToPath(const Arguments& arguments) {
     if (std::strlen(path) >= sizeof address.sun_path) {
         fail("%s: %s", path, std::strerror(ENAMETOOLONG));
     }
-    std::strcpy(address.sun_path, path);
+    std::memcpy(address.sun_path, path, std::strlen(path) + 1);
     const std::string text = textToSend(arguments, 2);
     const Descriptor descriptor(socket(AF_UNIX, SOCK_DGRAM, 0));
     if (connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
