@@ -32,13 +32,25 @@ void remember(int pid, int status) {
     written = at + 1;
 }
 
-void takeEndedChildren(int /*signal*/) {
-    const int error = errno;
+// True while runAndWait is in the library.
+volatile sig_atomic_t waiting = 0;
+
+// Takes in the children that have ended. While the library waits, they are left to it: its wait
+// finds its own child, and one that were taken in just before it goes to sleep would be missed.
+void takeEndedChildren() {
     int status = 0;
-    for (int pid = waitpid(-1, &status, WNOHANG); pid > 0; pid = waitpid(-1, &status, WNOHANG)) {
-        // True when a waiting osCreateProcess will find the status; it is its business then.
+    while (!waiting) {
+        const int pid = waitpid(-1, &status, WNOHANG);
+        if (pid <= 0) return;
+        // True when the library was waiting for it, on a host that does not hold back as this one
+        // does.
         if (!kfl::osStatusReceived(pid, status)) remember(pid, status);
     }
+}
+
+void onChildEnded(int /*signal*/) {
+    const int error = errno;
+    takeEndedChildren();
     errno = error;
 }
 
@@ -63,13 +75,21 @@ class ReapingPaused {
 
 void reapChildrenOnSignal() {
     struct sigaction action {};
-    action.sa_handler = takeEndedChildren;
+    action.sa_handler = onChildEnded;
     // Without SA_RESTART: the interrupted wait is what makes osCreateProcess look for the status.
     action.sa_flags = SA_NOCLDSTOP;
     sigaction(SIGCHLD, &action, nullptr);
 }
 
-int runAndWait(const char* commandLine) { return kfl::osCreateProcess(commandLine, true, nullptr); }
+int runAndWait(const char* commandLine) {
+    waiting = 1;
+    const int status = kfl::osCreateProcess(commandLine, true, nullptr);
+    waiting = 0;
+    // What ended meanwhile and was left alone.
+    const ReapingPaused paused;
+    takeEndedChildren();
+    return status;
+}
 
 int start(const char* commandLine, const char* outputFile) {
     return kfl::osCreateProcess(commandLine, false, outputFile);

@@ -9,8 +9,8 @@
 namespace agent {
 
 // From now on ended children are taken in by a SIGCHLD handler, which hands each status to the
-// library: that is how a waiting osCreateProcess learns of a child that the handler took first.
-// Threads other than the main one must block SIGCHLD, or the handler interrupts the wrong one.
+// library first, as a host does that takes in children for others. Threads other than the main one
+// must block SIGCHLD.
 void reapChildrenOnSignal();
 
 // Runs a program to its end. Returns its raw wait status, as waitpid gives it, or -1.
