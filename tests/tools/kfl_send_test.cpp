@@ -22,10 +22,8 @@ TEST_F(KflSendTest, SendsItsTextToALocalSocket) {
 }
 
 TEST_F(KflSendTest, SendsItsTextToAPort) {
-    for (const std::string host : {"127.0.0.1", "localhost"}) {
-        EXPECT_EQ(outputOfKfl({"send", "udp", host, port, "hello"}), "");
-        EXPECT_EQ(received(udp), "hello");
-    }
+    EXPECT_EQ(outputOfKfl({"send", "udp", "127.0.0.1", port, "hello"}), "");
+    EXPECT_EQ(received(udp), "hello");
 }
 
 TEST_F(KflSendTest, JoinsItsTextsWithBlanks) {
