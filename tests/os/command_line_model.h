@@ -13,13 +13,15 @@ namespace kfl_test {
 
 using CommandWords = std::vector<std::string>;
 
-inline CommandWords wordsOf(const std::string& line) {
-    const kfl::detail::CommandLine command(line.c_str());
+inline CommandWords wordsOf(const char* line) {
+    const kfl::detail::CommandLine command(line);
     CommandWords words;
     for (char* const* word = command.words(); *word; ++word) words.emplace_back(*word);
     EXPECT_EQ(command.program(), command.words()[0]);
     return words;
 }
+
+inline CommandWords wordsOf(const std::string& line) { return wordsOf(line.c_str()); }
 
 inline CommandWords modelWordsOf(std::string line) {
     line = line.substr(0, 200) + ' ';
