@@ -16,6 +16,7 @@ set(kfl_public_headers
     OSThread.h
     Protectable.h
     RandomNumberGenerator.h
+    RecordingHost.h
     Rijndael.h
     SObject.h
     SObjectArray.h
@@ -37,7 +38,7 @@ install(FILES ${kfl_public_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kfl 
 
 install(TARGETS kfl EXPORT kfl-targets
         LIBRARY COMPONENT runtime NAMELINK_COMPONENT development)
-install(TARGETS kfl-host EXPORT kfl-targets ARCHIVE COMPONENT development)
+install(TARGETS kfl-host kfl-recording-host EXPORT kfl-targets ARCHIVE COMPONENT development)
 if(KFL_TOOLS)
   install(TARGETS kfl-tool RUNTIME COMPONENT tools)
 endif()
