@@ -19,7 +19,8 @@ void sendTo(const char* path, const char* text) {
     address.sun_family = AF_UNIX;
     std::strcpy(address.sun_path, path);
     const int descriptor = socket(AF_UNIX, SOCK_DGRAM, 0);
-    connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    if (connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        return;
     char data[64];
     std::strcpy(data, text);
     int code = 0;
