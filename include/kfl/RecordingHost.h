@@ -27,8 +27,11 @@ namespace recording {
 struct Event {
     // The class: a syslog priority, 3 for errors, 7 for trace lines.
     int priority;
+    // The first of the three numbers behind it, as it was given.
     int group;
+    // The second of them.
     int index;
+    // The third of them.
     int code;
     // Copied; null counts as "".
     std::string text;
@@ -36,6 +39,7 @@ struct Event {
 
 // True when all five are equal.
 bool operator==(const Event& a, const Event& b);
+// True when one differs.
 bool operator!=(const Event& a, const Event& b);
 
 // A copy of the events since the start or the last clearEvents(), in the order in which they were
