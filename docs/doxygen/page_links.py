@@ -34,7 +34,7 @@ def translated_link(text: str, target: str, page: pathlib.Path) -> str:
     if ":" in target or not path:
         return f"[{text}]({target})"
     file = (page.parent / path).resolve()
-    if file.parent == ROOT / "include" / "kfl":
+    if ROOT / "include" / "kfl" in file.parents:
         return f"[{text}]({file.stem.replace('_', '__')}_8h.html)"
     if file in PAGES:
         return f"[{text}](#{label(file, anchor)})" if anchor else f"[{text}]({path})"
