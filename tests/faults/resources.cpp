@@ -1,14 +1,10 @@
 #include "tests/faults/resources.h"
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <filesystem>
-#include <iterator>
 
 #include "tests/faults/injection.h"
 #include "tests/os/children.h"
+#include "tests/support/process_state.h"
 
 namespace kfl_test {
 namespace {
@@ -25,29 +21,7 @@ std::string shown(const std::vector<int>& numbers) {
     return text;
 }
 
-// A joined thread may still be listed for a moment.
-bool hasThreads(unsigned int count) {
-    for (int i = 0; i < 2000; ++i) {
-        if (threadCount() == count) return true;
-        usleep(1000);
-    }
-    return false;
-}
-
 }  // namespace
-
-unsigned int threadCount() {
-    const std::filesystem::directory_iterator tasks("/proc/self/task");
-    return static_cast<unsigned int>(std::distance(begin(tasks), end(tasks)));
-}
-
-bool hasChildren() {
-    bool any = false;
-    int status = 0;
-    pid_t pid = 0;
-    while ((pid = waitpid(-1, &status, WNOHANG)) > 0) any = true;
-    return any || pid == 0;
-}
 
 Resources::Resources() : blocks_(0), descriptors_(sortedDescriptors()), threads_(threadCount()) {
     blocks_ = liveBlocks();

@@ -7,11 +7,6 @@
 
 namespace kfl_test {
 
-// Threads of this process.
-unsigned int threadCount();
-// Children, running or ended, that nobody has waited for; ended ones are waited for now.
-bool hasChildren();
-
 // What there is when it is made.
 class Resources {
   public:
