@@ -78,7 +78,6 @@ TEST(CollectionsFaults, Arrays) {
     });
 }
 
-// The third step adds nine items and may end after some of them.
 TEST(CollectionsFaults, Collections) {
     exhaustSteps("collections: of pointers", listSteps<kfl::VoidPtrOrderedCollection, void>());
     exhaustSteps("collections: of objects", listSteps<kfl::OrdCollect, kfl::SObject>());

@@ -12,7 +12,7 @@ class EveryCallFailed : public testing::Environment {
   public:
     void TearDown() override {
         const auto counts = kfl_test::injectedByCall();
-        std::printf("failures injected: %5lu  in all\n",
+        std::printf("calls that failed, later ones included: %lu\n",
                     std::accumulate(counts.begin(), counts.end(), 0UL));
         // Only a whole run tells.
         if (testing::GTEST_FLAG(filter) != "*") return;
