@@ -167,6 +167,9 @@ void registerAll() {
         benchmark::RegisterBenchmark((std::string("format: twenty forms/") + engine.name).c_str(),
                                      runAll, engine);
     }
+    // What stands on vsnprintf is compared with that alone.
+    benchmark::RegisterBenchmark("format at once: twenty forms/kfl", runAll, engines[2]);
+    benchmark::RegisterBenchmark("format at once: twenty forms/vsnprintf", runAll, engines[1]);
     for (int form = 0; form < forms; ++form) {
         for (const Engine& engine : engines) {
             benchmark::RegisterBenchmark(
