@@ -55,14 +55,14 @@ class Files {
 
     bool areOpen() const { return out_ != nullptr; }
 
-    // The input's length in bytes; 0 for what has none.
+    // The input's length in bytes; 0 for what has none, or cannot be read from its beginning again.
     std::uint64_t inputLength() const {
         // The end of a directory may be anywhere, up to the largest number there is.
         struct stat status = {};
         fstat(fileno(in_), &status);
         fseeko(in_, 0, SEEK_END);
         const off_t end = ftello(in_);
-        fseeko(in_, 0, SEEK_SET);
+        if (fseeko(in_, 0, SEEK_SET) != 0) return 0;
         return end > 0 && !S_ISDIR(status.st_mode) ? static_cast<std::uint64_t>(end) : 0;
     }
 
