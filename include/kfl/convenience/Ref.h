@@ -28,6 +28,7 @@ class Ref {
         element_ = object;
     }
 
+    // Lets go of the object held and takes `object`, as the constructor does.
     Ref& operator=(T* object) {
         element_ = object;
         return *this;
@@ -37,7 +38,9 @@ class Ref {
     T* get() const { return static_cast<T*>(element_.get()); }
     // Requires: an object is held.
     T& operator*() const { return *get(); }
+    // Reaches a member. Requires: an object is held.
     T* operator->() const { return get(); }
+    // Whether an object is held.
     explicit operator bool() const { return get() != nullptr; }
     // The handle itself.
     const ProtectionElement& element() const { return element_; }
@@ -53,6 +56,7 @@ template <class T, class U>
 bool operator==(const Ref<T>& a, const Ref<U>& b) {
     return a.get() == b.get();
 }
+// Whether they hold different objects.
 template <class T, class U>
 bool operator!=(const Ref<T>& a, const Ref<U>& b) {
     return a.get() != b.get();

@@ -25,11 +25,13 @@ class SocketGuard {
     explicit SocketGuard(int descriptor = -1) : descriptor_(descriptor), device_(0), file_(0) {
         path_[0] = '\0';
     }
+    // Takes what `other` owns.
     SocketGuard(SocketGuard&& other)
         : descriptor_(other.descriptor_), device_(other.device_), file_(other.file_) {
         memcpy(path_, other.path_, sizeof path_);
         other.forget();
     }
+    // Finishes with its own, then takes what `other` owns.
     SocketGuard& operator=(SocketGuard&& other) {
         if (this == &other) return *this;
         finish();

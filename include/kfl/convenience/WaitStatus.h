@@ -16,6 +16,7 @@ namespace kfl {
 // are process numbers.
 class WaitStatus {
   public:
+    // `raw` is the status as the system encodes it, or -1.
     explicit WaitStatus(int raw) : raw_(raw) {}
 
     // False for -1: no child could be had, or somebody else took its status.

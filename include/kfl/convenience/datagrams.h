@@ -30,8 +30,9 @@ namespace kfl {
 struct Sender {
     Sender() : length(0), wasCut(false) { memset(&address, 0, sizeof address); }
 
-    // As the system gave it. The length is 0 for a sender without a name.
+    // As the system gave it.
     sockaddr_storage address;
+    // The address's length in bytes; 0 for a sender without a name.
     socklen_t length;
     // The datagram was longer than the room for it; the rest is lost.
     bool wasCut;

@@ -22,11 +22,14 @@ namespace kfl {
 template <class List, class T>
 class ItemRange {
   public:
+    // A position in a list.
     class iterator {
       public:
+        // The position before the item of that index.
         iterator(const List& list, unsigned int index) : list_(&list), index_(index) {}
         // Stored nulls, and items that were cut off, come as null.
         T* operator*() const { return static_cast<T*>(list_->idAt(index_)); }
+        // Goes on to the next item.
         iterator& operator++() {
             ++index_;
             return *this;
@@ -39,8 +42,11 @@ class ItemRange {
         unsigned int index_;
     };
 
+    // All of a list, which must outlive this.
     explicit ItemRange(const List& list) : list_(list) {}
+    // The first item.
     iterator begin() const { return iterator(list_, 0); }
+    // Behind the last item there is now.
     iterator end() const { return iterator(list_, list_.count()); }
 
   private:
@@ -53,14 +59,16 @@ template <class T>
 ItemRange<VoidPtrOrderedCollection, T> items(const VoidPtrOrderedCollection& list) {
     return ItemRange<VoidPtrOrderedCollection, T>(list);
 }
+// The same for a list of objects.
 template <class T>
 ItemRange<OrdCollect, T> items(const OrdCollect& list) {
     return ItemRange<OrdCollect, T>(list);
 }
-// The same, as they are stored.
+// The pointers of a list, as they are stored.
 inline ItemRange<VoidPtrOrderedCollection, void> items(const VoidPtrOrderedCollection& list) {
     return ItemRange<VoidPtrOrderedCollection, void>(list);
 }
+// The objects of a list, as they are stored.
 inline ItemRange<OrdCollect, SObject> items(const OrdCollect& list) {
     return ItemRange<OrdCollect, SObject>(list);
 }
@@ -70,10 +78,14 @@ inline ItemRange<OrdCollect, SObject> items(const OrdCollect& list) {
 template <class Record>
 class RecordRange {
   public:
+    // A position in the list of records.
     class iterator {
       public:
+        // The position before the first record.
         explicit iterator(const VoidPtrOrderedCollection& list) : list_(&list), index_(0) {}
+        // The record here. Requires: not at the end.
         Record& operator*() const { return *record(); }
+        // Goes on to the next record.
         iterator& operator++() {
             ++index_;
             return *this;
@@ -88,8 +100,11 @@ class RecordRange {
         unsigned int index_;
     };
 
+    // All records of a list, which must outlive this.
     explicit RecordRange(const VoidPtrOrderedCollection& list) : list_(list) {}
+    // The first record.
     iterator begin() const { return iterator(list_); }
+    // What a walk compares with.
     iterator end() const { return iterator(list_); }
 
   private:

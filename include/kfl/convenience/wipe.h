@@ -35,6 +35,7 @@ inline void wipe(AES::Rijndael& cipher) {
 // Wipes a cipher at the end of a scope. The cipher must outlive it: it is declared behind it.
 class WipedAtEnd {
   public:
+    // The cipher to wipe.
     explicit WipedAtEnd(AES::Rijndael& cipher) : cipher_(cipher) {}
     ~WipedAtEnd() { wipe(cipher_); }
     WipedAtEnd(const WipedAtEnd&) = delete;
