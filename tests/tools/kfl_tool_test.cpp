@@ -97,8 +97,7 @@ TEST(KflToolTest, UnknownOptionIsWrongUsage) {
 }
 
 TEST(KflToolTest, OptionsBehindACommandAreTheCommands) {
-    expectWrongUsage({"ini", "--version"},
-                     "kfl ini: ", "usage: kfl ini [--int | --float | --bool] FILE [SECTION [KEY]]");
+    expectWrongUsage({"ini", "--version"}, "kfl ini: ", kfl_test::iniUsage);
 }
 
 TEST(KflToolTest, OutputThatCannotBeWrittenIsAFailure) {
