@@ -116,7 +116,8 @@ def constant_faults(old: Interface, new: Interface) -> list[str]:
                     faults.append(f"{kind} {name} is gone: {BUILT} have it compiled in, the next ones miss it")
             elif after[name] != value:
                 of = "the size of enumeration" if kind == "enumeration" else "constant"
-                faults.append(f"{of} {name} is {after[name]}, promised is {value}: {BUILT} have the old one compiled in")
+                faults.append(f"{of} {name} is {after[name]}, promised is {value}: "
+                              f"{BUILT} have the old one compiled in")
     return faults
 
 
@@ -145,8 +146,8 @@ def export_faults(old: Interface, new: Interface) -> list[str]:
         if now is None:
             faults.append(missing_fault(export, new, added))
         elif now.size != export.size:
-            faults.append(f"{export.text} ({name}) takes {now.size} bytes, promised are {export.size}: programs that were "
-                          "built before may hold a copy of the old size")
+            faults.append(f"{export.text} ({name}) takes {now.size} bytes, promised are {export.size}: "
+                          "programs that were built before may hold a copy of the old size")
         elif now.text != export.text:
             faults.append(f"{name} is now {now.text}, promised is {export.text}: {BUILT} call it in the old way")
     faults += [f"{export.text} ({export.name}) is newly exported: nobody relies on it yet, from this version on hosts "
