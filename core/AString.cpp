@@ -57,6 +57,20 @@ inline char* makeRoom(char*& data, unsigned int& capacity, unsigned int length,
     return capacity > n ? nullptr : grow(data, capacity, length, increment, n);
 }
 
+// Writes a character behind the text, where there is room.
+inline int putCharacter(char* data, unsigned int& length, unsigned int at, char c) {
+    length = at + 1;
+    data[at] = c;
+    data[at + 1] = '\0';
+    return 1;
+}
+
+[[gnu::noinline]] int appendGrowing(char*& data, unsigned int& capacity, unsigned int& length,
+                                    unsigned int increment, char c) {
+    const Retired<char> old(makeRoom(data, capacity, length, increment, std::uint64_t{length} + 1));
+    return putCharacter(data, length, length, c);
+}
+
 // Copies a piece of a string's own text into the gap of `n` characters just opened in it: what
 // stood behind the gap has moved up by as much.
 void copyParted(char* gap, const char* text, std::size_t n) {
@@ -120,10 +134,9 @@ int AString::append(const char* text, unsigned int n) {
 int AString::append(const AString& s) { return append(s.data_); }
 
 int AString::append(char c) {
-    if (capacity_ - length_ < 2) expandTo(length_ + 1);
-    data_[length_] = c;
-    data_[++length_] = '\0';
-    return 1;
+    const unsigned int at = length_;
+    if (capacity_ - at < 2) return appendGrowing(data_, capacity_, length_, increment_, c);
+    return putCharacter(data_, length_, at, c);
 }
 
 int AString::append(unsigned char c) { return append(static_cast<char>(c)); }
@@ -176,7 +189,11 @@ int AString::expandTo(unsigned int n) {
 }
 
 bool AString::operator==(const AString& other) const {
-    return length_ == other.length_ && std::strcmp(data_, other.data_) == 0;
+    if (length_ != other.length_) return false;
+    // Bytes behind a NUL may differ: the texts are equal all the same.
+    if (data_[length_] == '\0' && std::memcmp(data_, other.data_, std::size_t{length_} + 1) == 0)
+        return true;
+    return *data_ == *other.data_ && std::strcmp(data_, other.data_) == 0;
 }
 
 int AString::find(const char* needle, int /*start*/) {
