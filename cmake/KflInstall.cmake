@@ -52,6 +52,8 @@ install(TARGETS kfl EXPORT kfl-targets
 install(TARGETS kfl-host kfl-recording-host EXPORT kfl-targets ARCHIVE COMPONENT development)
 if(KFL_TOOLS)
   install(TARGETS kfl-tool RUNTIME COMPONENT tools)
+  install(FILES tools/kfl/completion.bash RENAME kfl COMPONENT tools
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 endif()
 
 set(kfl_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/kfl)
