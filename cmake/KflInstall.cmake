@@ -54,6 +54,8 @@ if(KFL_TOOLS)
   install(TARGETS kfl-tool RUNTIME COMPONENT tools)
   file(GLOB kfl_command_pages CONFIGURE_DEPENDS docs/man/*.1)
   install(FILES ${kfl_command_pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  install(FILES tools/kfl/completion.bash RENAME kfl COMPONENT tools
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 endif()
 
 set(kfl_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/kfl)
