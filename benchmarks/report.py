@@ -35,7 +35,7 @@ def read(path: Path) -> Times:
     for run in json.loads(path.read_text())["benchmarks"]:
         if run.get("run_type") != "iteration":
             continue
-        work, who = re.sub(r"/(repeats:\d+|real_time)", "", run["run_name"]).rsplit("/", 1)
+        work, who = re.sub(r"/(repeats:\d+|iterations:\d+|real_time)", "", run["run_name"]).rsplit("/", 1)
         kind = "real_time" if "/real_time" in run["run_name"] else "cpu_time"
         times[work][who].append(run[kind] * UNITS[run["time_unit"]])
     return times
