@@ -80,6 +80,12 @@ void showFile(kfl_benchmark::Notes& notes, const Path& path) {
 }
 void showFile(kfl_benchmark::Glance&, const Path&) {}
 
+// Each round is one copy: that takes long enough, and nothing has to be tried out beforehand.
+template <class Run>
+void enterOnce(kfl_benchmark::Contest& contest, const char* who, Run run) {
+    contest.enter(who, run)->UseRealTime()->Iterations(1);
+}
+
 // All overwrite what the former copy left.
 void enterOne(const Path& folder, const std::string& what, size_t size) {
     const Path from = folder / ("from" + std::to_string(size));
@@ -91,13 +97,13 @@ void enterOne(const Path& folder, const std::string& what, size_t size) {
             way.copy(from.c_str(), to.c_str());
             showFile(sees, to);
         };
-        contest.enter(way.name, run)->UseRealTime();
+        enterOnce(contest, way.name, run);
     }
     const auto byCommand = [command = "cp " + from.string() + ' ' + to.string(), to](auto& sees) {
         if (std::system(command.c_str()) != 0) std::abort();
         showFile(sees, to);
     };
-    contest.enter("cp", byCommand)->UseRealTime();
+    enterOnce(contest, "cp", byCommand);
 }
 
 void enterMany(const Path& folder, unsigned int count) {
@@ -115,7 +121,7 @@ void enterMany(const Path& folder, unsigned int count) {
             for (const auto& [from, to] : names) way.copy(from.c_str(), to.c_str());
             showFile(sees, names.back().second);
         };
-        contest.enter(way.name, run)->UseRealTime();
+        enterOnce(contest, way.name, run);
     }
     const std::string command =
         "cp " + (folder / "many").string() + "/* " + (folder / "copies").string();
@@ -123,7 +129,7 @@ void enterMany(const Path& folder, unsigned int count) {
         if (std::system(command.c_str()) != 0) std::abort();
         showFile(sees, names.back().second);
     };
-    contest.enter("cp", byCommand)->UseRealTime();
+    enterOnce(contest, "cp", byCommand);
 }
 
 }  // namespace

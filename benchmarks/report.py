@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Tables and plots of what scripts/benchmark measured.
 
     benchmarks/report.py [--docs] FOLDER FAMILY ...
@@ -16,6 +16,7 @@ import re
 import statistics
 import subprocess
 import sys
+from collections.abc import Callable
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
@@ -27,6 +28,8 @@ PACKAGES = ("g++", "libc6", "libglib2.0-0", "libell0", "libpocofoundation80", "l
 
 # Work, then implementation, then one time for each round, in nanoseconds.
 Times = dict[str, dict[str, list[float]]]
+# One line of a plot for each implementation.
+Lines = dict[str, list[tuple[float, float]]]
 UNITS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 
@@ -35,7 +38,7 @@ def read(path: Path) -> Times:
     for run in json.loads(path.read_text())["benchmarks"]:
         if run.get("run_type") != "iteration":
             continue
-        work, who = re.sub(r"/(repeats:\d+|real_time)", "", run["run_name"]).rsplit("/", 1)
+        work, who = re.sub(r"/(repeats:\d+|iterations:\d+|real_time)", "", run["run_name"]).rsplit("/", 1)
         kind = "real_time" if "/real_time" in run["run_name"] else "cpu_time"
         times[work][who].append(run[kind] * UNITS[run["time_unit"]])
     return times
@@ -95,11 +98,11 @@ def versions() -> str:
 def machine() -> str:
     cpu = re.search(r"model name\s*: (.*)", Path("/proc/cpuinfo").read_text())
     load = Path("/proc/loadavg").read_text().split()[1]
-    return (f"{datetime.date.today()}, {cpu[1] if cpu else platform.machine()}, Linux {platform.release()}, load {load} "
-            f"at the end. {versions()}.")
+    name = cpu[1] if cpu else platform.machine()
+    return f"{datetime.date.today()}, {name}, Linux {platform.release()}, load {load} at the end. {versions()}."
 
 
-def plot(file: Path, title: str, x: str, y: str, lines: dict[str, list[tuple[float, float]]], bars: bool = False) -> None:
+def plot(file: Path, title: str, x: str, y: str, lines: Lines, linear: bool) -> None:
     import matplotlib
 
     matplotlib.use("Agg")
@@ -110,16 +113,18 @@ def plot(file: Path, title: str, x: str, y: str, lines: dict[str, list[tuple[flo
     for who, points in sorted(lines.items(), key=lambda line: line[0] != OURS):
         xs, ys = zip(*sorted(points))
         axes.plot(xs, ys, marker="o", label=who, linewidth=3 if who == OURS else 1)
-    axes.set(title=title, xlabel=x, ylabel=y, xscale="log", ylim=(0, None))
-    if not bars:
-        axes.set(yscale="log", ylim=(None, None))
+    axes.set(title=title, xlabel=x, ylabel=y, xscale="log")
+    if linear:
+        axes.set_ylim(0, None)
+    else:
+        axes.set_yscale("log")
     axes.grid(True, alpha=0.3)
     axes.legend()
     figure.savefig(file, metadata={"Date": None})
     pyplot.close(figure)
 
 
-def lines_of(times: Times, pattern: str, value) -> dict[str, list[tuple[float, float]]]:
+def lines_of(times: Times, pattern: str, value: Callable[[float, float], float]) -> Lines:
     """Of the works that the pattern fits, whose first group is x."""
     lines = collections.defaultdict(list)
     for work, all_ in times.items():
