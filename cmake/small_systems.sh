@@ -1,3 +1,4 @@
+# shellcheck shell=bash disable=SC2034
 # Read by scripts/test-musl and scripts/test-uclibc: what is compiled, and how.
 # The C++ language support's headers are taken one by one: others expect the big C library.
 language_headers=(new typeinfo exception initializer_list cxxabi.h type_traits bits ext
