@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <thread>
 
 #include "kfl/OSThread.h"
 #include "kfl/RandomNumberGenerator.h"
@@ -38,7 +39,15 @@ void awaitWaiting(const Worker& worker) {
     while (!worker.waits) usleep(100);
 }
 
-TEST(ThreadFaults, ThreadIsCreated) {
+class ThreadFaults : public testing::Test {
+  protected:
+    // With the first thread ThreadSanitizer starts one of its own.
+    static void SetUpTestSuite() {
+        std::thread([] {}).join();
+    }
+};
+
+TEST_F(ThreadFaults, ThreadIsCreated) {
     exhaust("threads: created", [](Attempt& attempt) {
         Worker worker;
         int id = -2;
@@ -56,7 +65,7 @@ TEST(ThreadFaults, ThreadIsCreated) {
     });
 }
 
-TEST(ThreadFaults, ThreadIsAskedToStopAndJoined) {
+TEST_F(ThreadFaults, ThreadIsAskedToStopAndJoined) {
     exhaust("threads: asked to stop and joined", [](Attempt& attempt) {
         Worker worker;
         worker.thread.create(910, waitForRequest, &worker, 0);
@@ -90,7 +99,7 @@ void workWithFailures(void* argument) {
     failing->ended = true;
 }
 
-TEST(ThreadFaults, WorkersCallsHandBackTheirFailures) {
+TEST_F(ThreadFaults, WorkersCallsHandBackTheirFailures) {
     exhaust("threads: a worker's calls", [](Attempt& attempt) {
         Failing failing{{}, &attempt, -1, true, -1, {false}};
         ASSERT_NE(failing.thread.create(910, workWithFailures, &failing, 0), -1);
@@ -105,7 +114,7 @@ TEST(ThreadFaults, WorkersCallsHandBackTheirFailures) {
 }
 
 // The seed is set once in a process, so each try has a child of its own.
-TEST(ThreadFaults, WithoutAClockTheSeedIs0) {
+TEST_F(ThreadFaults, WithoutAClockTheSeedIs0) {
     exhaust("random numbers: the first one", [](Attempt& attempt) {
         int status = -1;
         attempt.only("gettimeofday", [&] {
