@@ -80,16 +80,19 @@ void showFile(kfl_benchmark::Notes& notes, const Path& path) {
 }
 void showFile(kfl_benchmark::Glance&, const Path&) {}
 
-// Each round is one copy: that takes long enough, and nothing has to be tried out beforehand.
+// A round of many bytes or many files is one run: that takes long enough, and nothing has to be
+// tried out beforehand.
 template <class Run>
-void enterOnce(kfl_benchmark::Contest& contest, const char* who, Run run) {
-    contest.enter(who, run)->UseRealTime()->Iterations(1);
+void enter(kfl_benchmark::Contest& contest, const char* who, bool isLong, Run run) {
+    auto* const entered = contest.enter(who, run)->UseRealTime();
+    if (isLong) entered->Iterations(1);
 }
 
 // All overwrite what the former copy left.
 void enterOne(const Path& folder, const std::string& what, size_t size) {
     const Path from = folder / ("from" + std::to_string(size));
     const Path to = folder / "to";
+    const bool isLong = size >= 1U << 20U;
     fill(from, size);
     kfl_benchmark::Contest contest("copy: " + what);
     for (const Way& way : ways) {
@@ -97,13 +100,13 @@ void enterOne(const Path& folder, const std::string& what, size_t size) {
             way.copy(from.c_str(), to.c_str());
             showFile(sees, to);
         };
-        enterOnce(contest, way.name, run);
+        enter(contest, way.name, isLong, run);
     }
     const auto byCommand = [command = "cp " + from.string() + ' ' + to.string(), to](auto& sees) {
         if (std::system(command.c_str()) != 0) std::abort();
         showFile(sees, to);
     };
-    enterOnce(contest, "cp", byCommand);
+    enter(contest, "cp", isLong, byCommand);
 }
 
 void enterMany(const Path& folder, unsigned int count) {
@@ -121,7 +124,7 @@ void enterMany(const Path& folder, unsigned int count) {
             for (const auto& [from, to] : names) way.copy(from.c_str(), to.c_str());
             showFile(sees, names.back().second);
         };
-        enterOnce(contest, way.name, run);
+        enter(contest, way.name, true, run);
     }
     const std::string command =
         "cp " + (folder / "many").string() + "/* " + (folder / "copies").string();
@@ -129,15 +132,17 @@ void enterMany(const Path& folder, unsigned int count) {
         if (std::system(command.c_str()) != 0) std::abort();
         showFile(sees, names.back().second);
     };
-    enterOnce(contest, "cp", byCommand);
+    enter(contest, "cp", true, byCommand);
 }
 
 }  // namespace
 
-// The folder to copy in may be given in KFL_BENCHMARK_FOLDER.
+// The folder to copy in may be given in KFL_BENCHMARK_FOLDER. Without it files are kept in memory:
+// a disk has a time of its own, which falls on all alike.
 int main(int count, char** arguments) {
     const char* const given = std::getenv("KFL_BENCHMARK_FOLDER");
-    std::string folder = std::string(given ? given : "/tmp") + "/kfl-benchmark-XXXXXX";
+    const char* const usual = std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp";
+    std::string folder = std::string(given ? given : usual) + "/kfl-benchmark-XXXXXX";
     if (!mkdtemp(folder.data())) return 1;
     enterOne(folder, "64 MiB", std::size_t{64} << 20U);
     enterOne(folder, "64 KiB", std::size_t{64} << 10U);
