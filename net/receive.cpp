@@ -68,7 +68,7 @@ void storeTimeLeft(timespec left, timeval& time) {
 
 // What is left of a time that began at `start`.
 timespec leftOf(const timespec& limit, const timespec& start) {
-    timespec end{};
+    timespec end;
     clock_gettime(CLOCK_MONOTONIC, &end);
     return difference(limit, difference(end, start));
 }
@@ -83,7 +83,7 @@ int selectReadable(int descriptor, timeval* limit) {
     if (!limit) return select(descriptor + 1, &readable, nullptr, nullptr, nullptr);
 
     const timeval before = *limit;
-    timespec start{};
+    timespec start;
     clock_gettime(CLOCK_MONOTONIC, &start);
     const int ready = select(descriptor + 1, &readable, nullptr, nullptr, limit);
     // Some C libraries keep to themselves what the system wrote.
@@ -111,7 +111,7 @@ int pollReadable(int descriptor, timeval* time) {
         errno = EINVAL;
         return -1;
     }
-    timespec start{};
+    timespec start;
     const timespec limit = normalised(*time);
     clock_gettime(CLOCK_MONOTONIC, &start);
     const int ready = pollReadable(descriptor, &limit);
