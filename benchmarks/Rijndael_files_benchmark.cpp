@@ -58,7 +58,7 @@ void showFile(kfl_benchmark::Glance&, const Path&) {}
 
 void enterSize(const Path& folder, const std::string& what, std::size_t size) {
     const Path from = folder / ("plain" + std::to_string(size));
-    const Path to = folder / "coded";
+    const Path to = folder / ("coded" + std::to_string(size));
     kfl_benchmark::Numbers numbers(1);
     std::string content(size, '\0');
     for (char& c : content) c = static_cast<char>(numbers.next(256));

@@ -91,7 +91,7 @@ void enter(kfl_benchmark::Contest& contest, const char* who, bool isLong, Run ru
 // All overwrite what the former copy left.
 void enterOne(const Path& folder, const std::string& what, size_t size) {
     const Path from = folder / ("from" + std::to_string(size));
-    const Path to = folder / "to";
+    const Path to = folder / ("to" + std::to_string(size));
     const bool isLong = size >= 1U << 20U;
     fill(from, size);
     kfl_benchmark::Contest contest("copy: " + what);
