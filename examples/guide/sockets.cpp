@@ -14,18 +14,16 @@ namespace {
 char name[] = "worker.socket";
 
 // Sending is the system's business: connect once, then sendToSocket.
-void sendTo(const char* path, const char* text) {
+void sendTo(const char* path, char* text) {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
-    std::strcpy(address.sun_path, path);
+    std::snprintf(address.sun_path, sizeof address.sun_path, "%s", path);
     const int descriptor = socket(AF_UNIX, SOCK_DGRAM, 0);
-    if (connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
-        return;
-    char data[64];
-    std::strcpy(data, text);
     int code = 0;
-    sendToSocket(descriptor, data, static_cast<unsigned int>(std::strlen(data)), &code);
-    std::printf("sent with code %d\n", code);
+    if (connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+        sendToSocket(descriptor, text, static_cast<unsigned int>(std::strlen(text)), &code) == 0) {
+        std::puts("sent");
+    }
     close(descriptor);
 }
 
@@ -43,7 +41,8 @@ int main() {
     IPCSocket socket(name);
     int code = 0;
     if (!socket.initialize(code) || !socket.bind()) return 1;
-    sendTo(name, "status please");
+    char question[] = "status please";
+    sendTo(name, question);
     char message[1500];
     int length = receive(socket, message, sizeof message, code);
     std::printf("%d bytes: %.*s\n", length, length, message);
