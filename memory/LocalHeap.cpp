@@ -92,6 +92,7 @@ void* LocalHeap::allocateBlock(unsigned size) {
 }
 
 void LocalHeap::deallocateBlock(void* block, unsigned size) {
+    // cppcheck-suppress nullPointerArithmeticRedundantCheck ; only a delete asks for null
     char* const slot = static_cast<char*>(block) - wordSize;
     // Kept on purpose: the release of a foreign size does not end the call.
     if (size != blockSize && block) delete[] static_cast<char*>(block);
