@@ -1,21 +1,26 @@
-// Programs started and files copied, each beside the leanest code that does the same, call by call
-// in turn, so that what else the machine does falls on both.
-#include <fcntl.h>
+// Starting /bin/true and waiting for it, at descriptor limits of 1,024 and the highest allowed,
+// from a small process and from one with a GiB in use: beside the leanest fork + close_range +
+// exec, posix_spawn, system, GLib and POCO (the latter two where they are installed).
+#include <spawn.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <chrono>
-#include <cstdio>
-#include <string>
-#include <utility>
-#include <vector>
+#include <cstdlib>
+#include <cstring>
 
+#include "benchmarks/contest.h"
 #include "kfl/Host.h"
 #include "kfl/process.h"
+
+#ifdef KFL_HAVE_glib
+#include <glib.h>
+#endif
+#ifdef KFL_HAVE_poco
+#include <Poco/Process.h>
+#endif
 
 // A host that does nothing: what it would do is not the library's time.
 const char* applicationName = "process_benchmark";
@@ -29,133 +34,101 @@ char* Parms(const char*, ...) {
 
 namespace {
 
-template <class Work>
-double microseconds(const Work& work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start)
-        .count();
-}
+constexpr char program[] = "/bin/true";
 
-double median(std::vector<double>& values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
-template <class Ours, class Peer>
-void compare(const std::string& name, int rounds, const Ours& ours, const Peer& peer) {
-    std::vector<double> times;
-    std::vector<double> peerTimes;
-    std::vector<double> ratios;
-    for (int round = 0; round < rounds; ++round) {
-        // Who begins changes: the first finds colder caches.
-        const bool first = round % 2 == 0;
-        const double before = first ? microseconds(ours) : microseconds(peer);
-        const double after = first ? microseconds(peer) : microseconds(ours);
-        times.push_back(first ? before : after);
-        peerTimes.push_back(first ? after : before);
-        ratios.push_back(times.back() / peerTimes.back());
-    }
-    std::printf("%-48s %11.1f %11.1f %9.3f %9.3f\n", name.c_str(), median(times), median(peerTimes),
-                median(times) / median(peerTimes), median(ratios));
-    std::fflush(stdout);
-}
-
-void startLean() {
-    const pid_t pid = fork();
-    if (pid == 0) {
-        syscall(SYS_close_range, 3U, ~0U, 0U);
-        char path[] = "/bin/true";
-        char* const words[] = {path, nullptr};
-        execve(path, words, environ);
-        _exit(127);
-    }
-    int status = 0;
+int waitFor(pid_t pid) {
+    int status = -1;
     waitpid(pid, &status, 0);
+    return status;
 }
 
-void compareStarts() {
+int startLean() {
+    const pid_t pid = fork();
+    if (pid != 0) return waitFor(pid);
+    syscall(SYS_close_range, 3U, ~0U, 0U);
+    char path[] = "/bin/true";
+    char* const words[] = {path, nullptr};
+    execve(path, words, environ);
+    _exit(127);
+}
+
+int startSpawned() {
+    char path[] = "/bin/true";
+    char* const words[] = {path, nullptr};
+    pid_t pid = -1;
+    posix_spawn(&pid, path, nullptr, nullptr, words, environ);
+    return waitFor(pid);
+}
+
+#ifdef KFL_HAVE_glib
+int startByGlib() {
+    char path[] = "/bin/true";
+    char* words[] = {path, nullptr};
+    int status = -1;
+    g_spawn_sync(nullptr, words, nullptr, G_SPAWN_DEFAULT, nullptr, nullptr, nullptr, nullptr,
+                 &status, nullptr);
+    return status;
+}
+#endif
+
+struct Way {
+    const char* name;
+    int (*start)();
+};
+
+const Way ways[] = {
+    {"kfl", [] { return kfl::osCreateProcess(program, true, nullptr); }},
+    {"lean", startLean},
+    {"posix_spawn", startSpawned},
+    {"system", [] { return std::system(program); }},
+#ifdef KFL_HAVE_glib
+    {"glib", startByGlib},
+#endif
+#ifdef KFL_HAVE_poco
+    {"poco", [] { return Poco::Process::launch(program, {}).wait(); }},
+#endif
+};
+
+void setLimit(rlim_t soft) {
     rlimit limit = {};
     getrlimit(RLIMIT_NOFILE, &limit);
-    for (const rlim_t soft : {rlim_t{1024}, limit.rlim_max}) {
-        limit.rlim_cur = std::min(soft, limit.rlim_max);
-        setrlimit(RLIMIT_NOFILE, &limit);
-        for (const int open : {0, 1000}) {
-            for (int i = 3; i < 3 + open; ++i) dup2(0, i);
-            compare(
-                "start /bin/true, limit " + std::to_string(limit.rlim_cur) + ", " +
-                    std::to_string(open) + " open",
-                500, [] { kfl::osCreateProcess("/bin/true", true, nullptr); }, startLean);
-            for (int i = 3; i < 3 + open; ++i) close(i);
-        }
+    limit.rlim_cur = soft;
+    setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+void enterStarts(const char* parent, rlim_t limit) {
+    kfl_benchmark::Contest contest(std::string("start: from a ") + parent + " parent, limit " +
+                                   std::to_string(limit));
+    for (const Way& way : ways) {
+        const auto run = [way, limit](auto& sees) {
+            setLimit(limit);
+            sees.value(way.start());
+        };
+        contest.enter(way.name, run)->UseRealTime();
     }
 }
 
-template <class Copy>
-void withBothOpen(const char* from, const char* to, const Copy& copy) {
-    const int source = open(from, O_RDONLY);
-    const int target = open(to, O_RDWR | O_CREAT | O_TRUNC, 0666);
-    copy(source, target);
-    close(source);
-    close(target);
-}
-
-void copyRange(int from, int to) {
-    struct stat status = {};
-    fstat(from, &status);
-    for (auto left = static_cast<size_t>(status.st_size); left > 0;) {
-        const long n = syscall(SYS_copy_file_range, from, nullptr, to, nullptr, left, 0U);
-        if (n <= 0) break;
-        left -= static_cast<size_t>(n);
-    }
-}
-
-void copyLoop(int from, int to) {
-    char buffer[65536];
-    for (ssize_t n = 0; (n = read(from, buffer, sizeof buffer)) > 0;) {
-        if (write(to, buffer, static_cast<size_t>(n)) != n) break;
-    }
-}
-
-void compareCopies(const std::string& folder) {
-    const std::string from = folder + "/kfl-benchmark-from";
-    const std::string to = folder + "/kfl-benchmark-to";
-    const std::pair<size_t, int> sizes[] = {{0, 1000},     {100, 1000},  {4096, 1000},
-                                            {15000, 1000}, {65536, 300}, {1 << 20, 100},
-                                            {64 << 20, 15}};
-    for (const auto& [size, rounds] : sizes) {
-        std::string content(size, '\0');
-        for (size_t i = 0; i < size; ++i) content[i] = static_cast<char>(i * 2654435761U >> 13U);
-        std::FILE* const file = std::fopen(from.c_str(), "w");
-        std::fwrite(content.data(), 1, size, file);
-        std::fclose(file);
-        const auto ours = [&] { kfl::osCopyFile(from.c_str(), to.c_str(), false); };
-        const std::string name = folder + ", " + std::to_string(size) + " bytes, beside ";
-        if (size < 1 << 20) {
-            compare(name + "read/write", rounds, ours,
-                    [&] { withBothOpen(from.c_str(), to.c_str(), copyLoop); });
-        }
-        if (size > 1 << 14) {
-            compare(name + "copy_file_range", rounds, ours,
-                    [&] { withBothOpen(from.c_str(), to.c_str(), copyRange); });
-        }
-    }
-    unlink(from.c_str());
-    unlink(to.c_str());
+// A GiB that is in use until the end.
+bool grow() {
+    constexpr std::size_t size = std::size_t{1} << 30U;
+    void* const memory =
+        mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) return false;
+    std::memset(memory, 1, size);
+    return true;
 }
 
 }  // namespace
 
-// Folders to copy in may be given; /tmp and /dev/shm otherwise.
+// "large" as the first argument makes the parent large.
 int main(int count, char** arguments) {
-    std::printf("%-48s %11s %11s %9s %9s\n", "medians in microseconds", "kfl", "leanest", "ratio",
-                "of pairs");
-    compareStarts();
-    if (count == 1) {
-        compareCopies("/tmp");
-        compareCopies("/dev/shm");
-    }
-    for (int i = 1; i < count; ++i) compareCopies(arguments[i]);
-    return 0;
+    const bool large = count > 1 && std::strcmp(arguments[1], "large") == 0;
+    if (large && !grow()) return 1;
+    if (large) arguments[1] = arguments[0];
+    rlimit limit = {};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    const char* const parent = large ? "large" : "small";
+    enterStarts(parent, 1024);
+    if (limit.rlim_max > 1024) enterStarts(parent, limit.rlim_max);
+    return kfl_benchmark::runAll(count - large, arguments + large);
 }

@@ -1,8 +1,7 @@
 // A receive with a time-out beside what hosts write themselves: recv alone, which cannot wait, and
-// select followed by recvfrom. Each turn sends a datagram to itself first, so that one waits; what
-// that costs alone is measured too. The last pair has nothing to receive and a time-out of one
-// microsecond.
-#include <benchmark/benchmark.h>
+// select followed by recvfrom; and POCO (where it is installed). Each turn sends a datagram to
+// itself first, so that one waits; what that costs alone is measured too. The last pair has nothing
+// to receive and a time-out of one microsecond.
 #include <netinet/in.h>
 #include <sys/select.h>
 #include <sys/socket.h>
@@ -11,8 +10,14 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
+#include "benchmarks/contest.h"
 #include "kfl/sockets.h"
+
+#ifdef KFL_HAVE_poco
+#include <Poco/Net/DatagramSocket.h>
+#endif
 
 namespace {
 
@@ -112,17 +117,43 @@ void nothing(benchmark::State& state, bool local, Receive receive) {
     }
 }
 
-BENCHMARK_CAPTURE(waiting, udp_recv, false, byRecv);
-BENCHMARK_CAPTURE(waiting, udp_kfl, false, byLibrary);
-BENCHMARK_CAPTURE(waiting, udp_select, false, bySelect);
-BENCHMARK_CAPTURE(sendAlone, udp, false);
-BENCHMARK_CAPTURE(waiting, local_recv, true, byRecv);
-BENCHMARK_CAPTURE(waiting, local_kfl, true, byLibrary);
-BENCHMARK_CAPTURE(waiting, local_select, true, bySelect);
-BENCHMARK_CAPTURE(sendAlone, local, true);
-BENCHMARK_CAPTURE(nothing, local_kfl, true, byLibrary);
-BENCHMARK_CAPTURE(nothing, local_select, true, bySelect);
+#ifdef KFL_HAVE_poco
+void waitingByPoco(benchmark::State& state) {
+    Poco::Net::DatagramSocket socket(Poco::Net::SocketAddress("127.0.0.1", 0));
+    socket.connect(socket.address());
+    char buffer[200] = {};
+    for (auto _ : state) {
+        if (send(socket.impl()->sockfd(), buffer, 100, 0) != 100) giveUp("send");
+        if (!socket.poll(Poco::Timespan(1, 0), Poco::Net::Socket::SELECT_READ)) giveUp("poll");
+        if (socket.receiveBytes(buffer, sizeof buffer) != 100) giveUp("receive");
+    }
+}
+#endif
+
+void enter(const std::string& name, void (*work)(benchmark::State&, bool, Receive), bool local,
+           Receive receive) {
+    benchmark::RegisterBenchmark(name.c_str(), work, local, receive);
+}
+
+void enterAll() {
+    for (const bool local : {false, true}) {
+        const std::string kind =
+            local ? "datagram: a local one waits/" : "datagram: a UDP one waits/";
+        enter(kind + "kfl", waiting, local, byLibrary);
+        enter(kind + "recv", waiting, local, byRecv);
+        enter(kind + "select", waiting, local, bySelect);
+        benchmark::RegisterBenchmark((kind + "send_alone").c_str(), sendAlone, local);
+    }
+#ifdef KFL_HAVE_poco
+    benchmark::RegisterBenchmark("datagram: a UDP one waits/poco", waitingByPoco);
+#endif
+    enter("datagram: none waits/kfl", nothing, true, byLibrary);
+    enter("datagram: none waits/select", nothing, true, bySelect);
+}
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int count, char** arguments) {
+    enterAll();
+    return kfl_benchmark::runAll(count, arguments);
+}

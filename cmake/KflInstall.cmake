@@ -26,6 +26,7 @@ set(kfl_public_headers
     VoidPtrArray.h
     VoidPtrCollection.h
     VoidPtrStack.h
+    convenience.h
     export.h
     kfl.h
     process.h
@@ -35,6 +36,16 @@ set(kfl_public_headers
     version.h)
 list(TRANSFORM kfl_public_headers PREPEND ${PROJECT_SOURCE_DIR}/include/kfl/)
 install(FILES ${kfl_public_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kfl COMPONENT development)
+set(kfl_convenience_headers
+    convenience/Ref.h
+    convenience/SocketGuard.h
+    convenience/WaitStatus.h
+    convenience/datagrams.h
+    convenience/ranges.h
+    convenience/view.h
+    convenience/wipe.h)
+list(TRANSFORM kfl_convenience_headers PREPEND ${PROJECT_SOURCE_DIR}/include/kfl/)
+install(FILES ${kfl_convenience_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kfl/convenience COMPONENT development)
 
 install(TARGETS kfl EXPORT kfl-targets
         LIBRARY COMPONENT runtime NAMELINK_COMPONENT development)
@@ -43,6 +54,8 @@ if(KFL_TOOLS)
   install(TARGETS kfl-tool RUNTIME COMPONENT tools)
   file(GLOB kfl_command_pages CONFIGURE_DEPENDS docs/man/*.1)
   install(FILES ${kfl_command_pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  install(FILES tools/kfl/completion.bash RENAME kfl COMPONENT tools
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 endif()
 
 set(kfl_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/kfl)

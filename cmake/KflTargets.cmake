@@ -34,7 +34,17 @@ function(kfl_library_flags target)
                                              CXX_VISIBILITY_PRESET hidden
                                              VISIBILITY_INLINES_HIDDEN ON)
   target_compile_options(${target} PRIVATE -fno-sized-deallocation -fno-threadsafe-statics
-                                           -fno-semantic-interposition)
+                                           -fno-semantic-interposition
+                                           -ffunction-sections -fdata-sections)
+  # Room between functions and in front of branches' targets is a tenth of the code, and gains nothing;
+  # loops keep theirs.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(${target} PRIVATE -fno-align-functions -fno-align-jumps -fno-align-labels)
+  endif()
+  # Objects for both kinds of link: the white-box tests are linked as usual.
+  if(KFL_LINK_TIME)
+    target_compile_options(${target} PRIVATE -flto -ffat-lto-objects)
+  endif()
   # -D_GNU_SOURCE is g++'s default and is said for compilers that leave it out in strict mode.
   target_compile_definitions(${target} PRIVATE _GNU_SOURCE _FILE_OFFSET_BITS=64)
 endfunction()

@@ -4,6 +4,7 @@
 
 #include <strings.h>
 
+#include <cstdint>
 #include <cstring>
 
 #include "config/text_piece.h"
@@ -11,40 +12,63 @@
 
 namespace kfl::detail {
 
-// A name looked for among many: most are told apart by length and first character alone.
+// A name looked for among many: most are told apart by their length, their last two characters and
+// their first one.
 class WantedName {
   public:
     explicit WantedName(TextPiece name)
-        : text_(name.begin), length_(name.length()), first_(length_ > 0 ? firstOf(text_) : 0) {}
+        : text_(name.begin),
+          length_(name.length()),
+          tail_(length_ > 2 ? length_ - 2 : 0),
+          // A name of one character is followed by a NUL where it is kept.
+          lastTwo_(twoAt(length_ > 1 ? text_ + tail_ : onlyOf(name).two)) {}
     explicit WantedName(const char* name) : WantedName(TextPiece{name, name + std::strlen(name)}) {}
 
     bool matches(const AString& name) const {
-        return name.length() == length_ && canStart(firstOf(name.c_str())) &&
-               strncasecmp(name.c_str(), text_, length_) == 0;
+        if (name.length() != length_) return false;
+        const char* const text = name.c_str();
+        return length_ == 0 || (canBe(twoAt(text + tail_), lastTwo_) &&
+                                canBe(byte(*text), byte(*text_)) && equals(text));
     }
 
   private:
-    static unsigned char firstOf(const char* text) { return static_cast<unsigned char>(*text); }
+    struct Only {
+        char two[2];
+    };
+    static Only onlyOf(TextPiece name) { return {{name.empty() ? '\0' : *name.begin, '\0'}}; }
 
-    // False when both are ASCII and differ by more than the bit that stands for case. Any other
-    // character may be a letter of the locale, and is left to strncasecmp.
-    bool canStart(unsigned char c) const {
-        const unsigned int differing = c ^ first_;
-        return (differing & ~0x20U) == 0 || ((c | first_) & 0x80U) != 0;
+    static unsigned int twoAt(const char* text) {
+        std::uint16_t two;
+        std::memcpy(&two, text, sizeof two);
+        return two;
+    }
+
+    static unsigned int byte(char c) { return static_cast<unsigned char>(c); }
+
+    // One or two characters: false when all are ASCII and differ by more than the bit that stands
+    // for case. Any other may be a letter of the locale, and is left to strncasecmp.
+    static bool canBe(unsigned int a, unsigned int b) {
+        return ((a ^ b) & ~0x2020U) == 0 || ((a | b) & 0x8080U) != 0;
+    }
+
+    bool equals(const char* text) const {
+        return std::memcmp(text, text_, length_) == 0 || strncasecmp(text, text_, length_) == 0;
     }
 
     const char* text_;
     std::size_t length_;
-    unsigned char first_;
+    std::size_t tail_;
+    unsigned int lastTwo_;
 };
 
 // The first record of that name, or null. A null entry, which only a host can have made, ends the
 // walk.
 template <class Record>
-Record* findRecord(const VoidPtrOrderedCollection& records, const WantedName& name) {
+Record* findRecord(const VoidPtrOrderedCollection& records, WantedName name) {
     void* const* const data = records.data();
-    const unsigned int count = records.count();
-    for (unsigned int i = 0; i < count && i < records.capacity(); ++i) {
+    const unsigned int items = records.count();
+    const unsigned int count = items < records.capacity() ? items : records.capacity();
+    for (unsigned int i = 0; i < count; ++i) {
         Record* const record = static_cast<Record*>(data[i]);
         if (!record || name.matches(record->name)) return record;
     }

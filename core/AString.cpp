@@ -39,6 +39,24 @@ std::uint64_t grownCapacity(unsigned int capacity, unsigned int increment, unsig
     return n - capacity < increment ? std::uint64_t{capacity} + increment : n;
 }
 
+bool startsWith(const char* text, const char* start) {
+    for (; *start != '\0'; ++text, ++start) {
+        if (*text != *start) return false;
+    }
+    return true;
+}
+
+// What strstr finds. A rare first character is found sooner by itself; where it turns out to be a
+// frequent one, the rest is left to strstr.
+const char* findText(const char* text, const char* needle) {
+    if (*needle == '\0') return text;
+    for (unsigned int tries = 3; tries > 0; --tries, ++text) {
+        text = std::strchr(text, *needle);
+        if (!text || startsWith(text, needle)) return text;
+    }
+    return std::strstr(text, needle);
+}
+
 // Moves a string of `length` characters to an array with room for `n`; returns the old array.
 [[gnu::noinline]] char* grow(char*& data, unsigned int& capacity, unsigned int length,
                              unsigned int increment, std::uint64_t n) {
@@ -55,6 +73,20 @@ std::uint64_t grownCapacity(unsigned int capacity, unsigned int increment, unsig
 inline char* makeRoom(char*& data, unsigned int& capacity, unsigned int length,
                       unsigned int increment, std::uint64_t n) {
     return capacity > n ? nullptr : grow(data, capacity, length, increment, n);
+}
+
+// Writes a character behind the text, where there is room.
+inline int putCharacter(char* data, unsigned int& length, unsigned int at, char c) {
+    length = at + 1;
+    data[at] = c;
+    data[at + 1] = '\0';
+    return 1;
+}
+
+[[gnu::noinline]] int appendGrowing(char*& data, unsigned int& capacity, unsigned int& length,
+                                    unsigned int increment, char c) {
+    const Retired<char> old(makeRoom(data, capacity, length, increment, std::uint64_t{length} + 1));
+    return putCharacter(data, length, length, c);
 }
 
 // Copies a piece of a string's own text into the gap of `n` characters just opened in it: what
@@ -120,10 +152,9 @@ int AString::append(const char* text, unsigned int n) {
 int AString::append(const AString& s) { return append(s.data_); }
 
 int AString::append(char c) {
-    if (capacity_ - length_ < 2) expandTo(length_ + 1);
-    data_[length_] = c;
-    data_[++length_] = '\0';
-    return 1;
+    const unsigned int at = length_;
+    if (capacity_ - at < 2) return appendGrowing(data_, capacity_, length_, increment_, c);
+    return putCharacter(data_, length_, at, c);
 }
 
 int AString::append(unsigned char c) { return append(static_cast<char>(c)); }
@@ -176,11 +207,15 @@ int AString::expandTo(unsigned int n) {
 }
 
 bool AString::operator==(const AString& other) const {
-    return length_ == other.length_ && std::strcmp(data_, other.data_) == 0;
+    if (length_ != other.length_) return false;
+    // Bytes behind a NUL may differ: the texts are equal all the same.
+    if (data_[length_] == '\0' && std::memcmp(data_, other.data_, std::size_t{length_} + 1) == 0)
+        return true;
+    return *data_ == *other.data_ && std::strcmp(data_, other.data_) == 0;
 }
 
 int AString::find(const char* needle, int /*start*/) {
-    const char* const found = needle ? std::strstr(data_, needle) : nullptr;
+    const char* const found = needle ? findText(data_, needle) : nullptr;
     return found ? static_cast<int>(found - data_) : -1;
 }
 

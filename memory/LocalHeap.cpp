@@ -1,7 +1,8 @@
 #include "kfl/LocalHeap.h"
 
+#include <stdlib.h>
+
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
 #include "core/allocation.h"
@@ -23,6 +24,28 @@ void* readWord(const void* place) {
 // A null block is not checked, by promise: then the place may be null as far as analysis can see.
 // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker)
 void writeWord(void* place, void* word) { std::memcpy(place, &word, wordSize); }
+
+// Takes the first slot off a free list, and gives the block behind its word.
+void* takeBlock(void*& freeList) {
+    void* const slot = freeList;
+    freeList = readWord(slot);
+    return static_cast<char*>(slot) + wordSize;
+}
+
+// Puts a block's slot in front of a free list.
+void giveBack(void*& freeList, unsigned& blocksInUse, void* block) {
+    char* const slot = static_cast<char*>(block) - wordSize;
+    writeWord(slot, freeList);
+    freeList = slot;
+    --blocksInUse;
+}
+
+// Out of line: the usual way needs no stack.
+// Kept on purpose: the release does not end the call.
+[[gnu::noinline]] void giveBackForeign(void*& freeList, unsigned& blocksInUse, void* block) {
+    if (block) delete[] static_cast<char*>(block);
+    giveBack(freeList, blocksInUse, block);
+}
 
 // The first slot of a pool; null where there are none.
 char* firstSlot(void* pool, unsigned slots) {
@@ -47,21 +70,22 @@ LocalHeap::LocalHeap(unsigned blocksPerPool_, unsigned blockSize_,
 LocalHeap::~LocalHeap() {
     for (void* pool = firstPool; pool;) {
         void* const next = readWord(pool);
-        std::free(pool);
+        free(pool);
         pool = next;
     }
 }
 
-void LocalHeap::initialize() {
+[[gnu::noinline]] void LocalHeap::initialize() {
     firstPool = lastPool = createPool();
     if (firstPool) freeList = firstSlot(firstPool, blocksPerPool);
 }
 
-void* LocalHeap::createPool() {
+// Pools are made seldom: their code stays out of the way of the blocks.
+[[gnu::noinline]] void* LocalHeap::createPool() {
     const std::uint64_t stride = std::uint64_t{blockSize} + wordSize;
     // The first comparison keeps the product of the second within 64 bits.
     if (stride > UINT32_MAX || stride * blocksPerPool > UINT32_MAX - wordSize) return nullptr;
-    void* const pool = std::malloc(static_cast<std::size_t>(wordSize + stride * blocksPerPool));
+    void* const pool = malloc(static_cast<std::size_t>(wordSize + stride * blocksPerPool));
     if (!pool) return nullptr;
 
     writeWord(pool, nullptr);
@@ -76,9 +100,10 @@ void* LocalHeap::allocateBlock(unsigned size) {
 
     // Kept on purpose: counted before it is known that there is a block.
     if (++blocksInUse > maxBlocksInUse) maxBlocksInUse = blocksInUse;
+    if (firstPool && freeList) return takeBlock(freeList);
     if (!firstPool) {
         initialize();
-    } else if (!freeList && method == GrowOnDemand) {
+    } else if (method == GrowOnDemand) {
         if (void* const pool = createPool()) {
             writeWord(lastPool, pool);
             lastPool = pool;
@@ -86,17 +111,10 @@ void* LocalHeap::allocateBlock(unsigned size) {
         }
     }
     if (!freeList) kfl::detail::haltForever();
-    void* const slot = freeList;
-    freeList = readWord(slot);
-    return static_cast<char*>(slot) + wordSize;
+    return takeBlock(freeList);
 }
 
 void LocalHeap::deallocateBlock(void* block, unsigned size) {
-    // cppcheck-suppress nullPointerArithmeticRedundantCheck ; only a delete asks for null
-    char* const slot = static_cast<char*>(block) - wordSize;
-    // Kept on purpose: the release of a foreign size does not end the call.
-    if (size != blockSize && block) delete[] static_cast<char*>(block);
-    writeWord(slot, freeList);
-    freeList = slot;
-    --blocksInUse;
+    if (size != blockSize) return giveBackForeign(freeList, blocksInUse, block);
+    giveBack(freeList, blocksInUse, block);
 }

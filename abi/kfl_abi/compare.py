@@ -51,8 +51,8 @@ def field_faults(old: Class, new: Class) -> list[str]:
             faults.append(f"{name} moved from offset {field.offset} to {now.offset}: {BUILT} read and write "
                           "the wrong field")
         if (now.size, now.type) != (field.size, field.type):
-            faults.append(f"{name} is now a {now.type} of {now.size} bytes, promised is a {field.type} of "
-                          f"{field.size}: {BUILT} take it for the old type")
+            faults.append(f"{name} is of type {now.type} ({now.size} bytes), promised is {field.type} ({field.size}): "
+                          f"{BUILT} take it for the old type")
     known = {field.name for field in old.fields}
     faults += [f"{old.name} has a new field `{field.name}` at offset {field.offset}: {BUILT} know nothing of it "
                "where they make or extend such objects" for field in new.fields if field.name not in known]
@@ -115,9 +115,9 @@ def constant_faults(old: Interface, new: Interface) -> list[str]:
                 if new.tells_all_enums:
                     faults.append(f"{kind} {name} is gone: {BUILT} have it compiled in, the next ones miss it")
             elif after[name] != value:
-                what = "takes" if kind == "enumeration" else "is"
-                faults.append(f"{kind} {name} {what} {after[name]}, promised is {value}: {BUILT} have the old one "
-                              "compiled in")
+                of = "the size of enumeration" if kind == "enumeration" else "constant"
+                faults.append(f"{of} {name} is {after[name]}, promised is {value}: "
+                              f"{BUILT} have the old one compiled in")
     return faults
 
 
@@ -146,8 +146,8 @@ def export_faults(old: Interface, new: Interface) -> list[str]:
         if now is None:
             faults.append(missing_fault(export, new, added))
         elif now.size != export.size:
-            faults.append(f"{export.text} ({name}) takes {now.size} bytes, promised are {export.size}: programs that were "
-                          "built before may hold a copy of the old size")
+            faults.append(f"{export.text} ({name}) takes {now.size} bytes, promised are {export.size}: "
+                          "programs that were built before may hold a copy of the old size")
         elif now.text != export.text:
             faults.append(f"{name} is now {now.text}, promised is {export.text}: {BUILT} call it in the old way")
     faults += [f"{export.text} ({export.name}) is newly exported: nobody relies on it yet, from this version on hosts "

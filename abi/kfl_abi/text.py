@@ -37,10 +37,14 @@ def write(interface: Interface) -> str:
 
 
 def read(path: pathlib.Path) -> Interface:
+    return parse(path.read_text())
+
+
+def parse(text: str) -> Interface:
     interface = Interface("", "")
     record = Class("", 0)
     slots: list[str] = []
-    for line in path.read_text().splitlines():
+    for line in text.splitlines():
         word, _, rest = line.strip().partition(" ")
         if word in ("", "#"):
             continue
@@ -69,5 +73,5 @@ def read(path: pathlib.Path) -> Interface:
             *size, name = left.split()
             interface.exports[name] = Export(name, int(size[0]) if size else 0, text)
         else:
-            raise ValueError(f"{path}: cannot read: {line}")
+            raise ValueError(f"cannot read: {line}")
     return interface

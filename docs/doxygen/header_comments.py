@@ -18,7 +18,7 @@ NOTES = {"Requires:": r"\requires ", "Invalidates:": r"\invalidates ", "Kept on 
 NOTE = re.compile("|".join(map(re.escape, NOTES)))
 # Doxygen takes code and quotations as they stand.
 VERBATIM = re.compile(r"""(`[^`]*`|"[^"]*")""")
-SPECIAL = re.compile(r"([\\@&$#<>%*_|~])")
+SPECIAL = re.compile(r"([\\@&$#<>%*|~]|(?<!\w)_|_(?!\w))")
 
 
 def escaped(prose: str) -> str:
@@ -36,7 +36,7 @@ def documentation(text: str) -> str:
 
 
 def as_file_documentation(block: list[str], path: str) -> list[str]:
-    name = "/".join(pathlib.PurePath(path).parts[-2:])
+    name = path.rpartition("include/")[2]
     lines = [documentation(COMMENT.match(line)[3]) for line in block]
     return [rf"/// \file {name}" + " \\brief" + lines[0][3:]] + lines[1:]
 

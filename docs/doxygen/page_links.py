@@ -14,6 +14,9 @@ LINK = re.compile(r"\[([^]]*)\]\(([^)\s]+)\)")
 HEADING = re.compile(r"^(#{2,6}) (.*)$")
 FENCE = re.compile(r"^```")
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+# As the Doxyfile's INPUT has them.
+PAGES = [ROOT / "SECURITY.md", ROOT / "examples/agent/README.md", ROOT / "docs/guide.md", ROOT / "docs/gotchas.md",
+         ROOT / "docs/cross.md", *(ROOT / "docs/guide").glob("*.md")]
 
 
 def slug(heading: str) -> str:
@@ -25,19 +28,15 @@ def label(page: pathlib.Path, anchor: str) -> str:
     return f"{page.stem}-{anchor}"
 
 
-def is_in_manual(target: pathlib.Path) -> bool:
-    return target.suffix == ".md" and (ROOT / "docs") in target.parents
-
-
 def translated_link(text: str, target: str, page: pathlib.Path) -> str:
     text = text.replace("`", "")
     path, _, anchor = target.partition("#")
     if ":" in target or not path:
         return f"[{text}]({target})"
     file = (page.parent / path).resolve()
-    if file.parent == ROOT / "include" / "kfl":
+    if ROOT / "include" / "kfl" in file.parents:
         return f"[{text}]({file.stem.replace('_', '__')}_8h.html)"
-    if is_in_manual(file):
+    if file in PAGES:
         return f"[{text}](#{label(file, anchor)})" if anchor else f"[{text}]({path})"
     return text
 

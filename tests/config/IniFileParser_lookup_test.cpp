@@ -1,5 +1,5 @@
 // Look-ups are linear walks, so what they do with each entry counts: the comparison function is
-// called only for names of the same length and first letter.
+// called only for names of the same length, first letter and last two.
 #include <gtest/gtest.h>
 #include <strings.h>
 
@@ -60,6 +60,22 @@ TEST_F(IniFileParserLookupTest, NamesOfAnotherStartOrLengthAreNotCompared) {
     EXPECT_EQ(comparisons, 0);
 }
 
+TEST_F(IniFileParserLookupTest, NamesOfAnotherEndAreNotCompared) {
+    EXPECT_EQ(parser.getSection("a-namf"), nullptr);
+    EXPECT_EQ(parser.getSection("a-nane"), nullptr);
+    EXPECT_EQ(comparisons, 0);
+}
+
+TEST_F(IniFileParserLookupTest, ShortNamesAreFound) {
+    for (const char* const name : {"k", "kl", "klm"}) {
+        ASSERT_TRUE(parser.setValue(name, name, "s"));
+        EXPECT_STREQ(parser.getValue(name, "S"), name);
+    }
+    EXPECT_EQ(parser.getValue("m", "s"), nullptr);
+    EXPECT_EQ(parser.getValue("km", "s"), nullptr);
+    EXPECT_STREQ(parser.getValue("KL", "s"), "kl");
+}
+
 TEST_F(IniFileParserLookupTest, NamesThatDifferFurtherOnAreCompared) {
     EXPECT_EQ(parser.getSection("a-nome"), nullptr);
     EXPECT_EQ(comparisons, 1);
@@ -74,6 +90,16 @@ TEST_F(IniFileParserLookupTest, StartsAbove127AreLeftToTheComparison) {
     EXPECT_EQ(comparisons, 1);
     other.getSection("\xB1 names");
     EXPECT_EQ(comparisons, 1);
+}
+
+TEST_F(IniFileParserLookupTest, EndsAbove127AreLeftToTheComparison) {
+    kfl::IniFileParser other;
+    ASSERT_NE(other.createSection("name \xA1z"), nullptr);
+    comparisons = 0;
+    other.getSection("name \xB1z");
+    EXPECT_EQ(comparisons, 1);
+    other.getSection("name az");
+    EXPECT_EQ(comparisons, 2);
 }
 
 }  // namespace

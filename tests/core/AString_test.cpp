@@ -614,6 +614,16 @@ TEST(AStringTest, FindGivesTheFirstPlaceAndIgnoresTheStart) {
     }
 }
 
+TEST(AStringTest, FindGoesOnAfterManyFalseStarts) {
+    AString text("abababababac");
+    EXPECT_EQ(text.find("abac", 0), 8);
+    EXPECT_EQ(text.find("ac", 0), 10);
+    EXPECT_EQ(text.find("c", 0), 11);
+    EXPECT_EQ(text.find("abad", 0), -1);
+    EXPECT_EQ(text.find("abacus", 0), -1);
+    EXPECT_EQ(text.find("x", 0), -1);
+}
+
 TEST(AStringTest, FindSeesTheVisibleTextOnly) {
     AString text(20U);
     text.append("ab", 3);
