@@ -66,6 +66,7 @@ void transformOther(int blockSize, RoundKeys keys, const char* in, char* result)
 const char* const Rijndael::_ErrorMsg1 = "Object not Initialized";
 const char* const Rijndael::_ErrorMsg2 = "Data not multiple of Block Size";
 
+// cppcheck-suppress uninitMemberVar ; makeKey sets what is used
 Rijndael::Rijndael() : keyInitialized(false) {}
 
 Rijndael::~Rijndael() = default;

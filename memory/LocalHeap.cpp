@@ -34,6 +34,7 @@ void* takeBlock(void*& freeList) {
 
 // Puts a block's slot in front of a free list.
 void giveBack(void*& freeList, unsigned& blocksInUse, void* block) {
+    // cppcheck-suppress nullPointerArithmeticRedundantCheck ; only a delete asks for null
     char* const slot = static_cast<char*>(block) - wordSize;
     writeWord(slot, freeList);
     freeList = slot;

@@ -16,6 +16,7 @@ namespace {
 std::string resolved(const char* path) {
     char* const real = realpath(path, nullptr);
     if (!real) fail("%s: %s", path, std::strerror(errno));
+    // cppcheck-suppress nullPointerRedundantCheck ; fail does not return
     std::string result = real;
     std::free(real);
     return result;
