@@ -31,9 +31,10 @@ void* takeBlock(void*& freeList) {
     return static_cast<char*>(slot) + wordSize;
 }
 
-// Puts a block's slot in front of a free list.
-void giveBack(void*& freeList, unsigned& blocksInUse, void* block) {
-    char* const slot = static_cast<char*>(block) - wordSize;
+char* slotOf(void* block) { return static_cast<char*>(block) - wordSize; }
+
+// Puts a slot in front of a free list.
+void giveBack(void*& freeList, unsigned& blocksInUse, char* slot) {
     writeWord(slot, freeList);
     freeList = slot;
     --blocksInUse;
@@ -42,8 +43,9 @@ void giveBack(void*& freeList, unsigned& blocksInUse, void* block) {
 // Out of line: the usual way needs no stack.
 // Kept on purpose: the release does not end the call.
 [[gnu::noinline]] void giveBackForeign(void*& freeList, unsigned& blocksInUse, void* block) {
+    char* const slot = slotOf(block);
     if (block) delete[] static_cast<char*>(block);
-    giveBack(freeList, blocksInUse, block);
+    giveBack(freeList, blocksInUse, slot);
 }
 
 // The first slot of a pool; null where there are none.
@@ -115,5 +117,5 @@ void* LocalHeap::allocateBlock(unsigned size) {
 
 void LocalHeap::deallocateBlock(void* block, unsigned size) {
     if (size != blockSize) return giveBackForeign(freeList, blocksInUse, block);
-    giveBack(freeList, blocksInUse, block);
+    giveBack(freeList, blocksInUse, slotOf(block));
 }
