@@ -16,6 +16,7 @@ set(kfl_public_headers
     OSThread.h
     Protectable.h
     RandomNumberGenerator.h
+    RecordingHost.h
     Rijndael.h
     SObject.h
     SObjectArray.h
@@ -25,6 +26,7 @@ set(kfl_public_headers
     VoidPtrArray.h
     VoidPtrCollection.h
     VoidPtrStack.h
+    convenience.h
     export.h
     kfl.h
     process.h
@@ -34,12 +36,26 @@ set(kfl_public_headers
     version.h)
 list(TRANSFORM kfl_public_headers PREPEND ${PROJECT_SOURCE_DIR}/include/kfl/)
 install(FILES ${kfl_public_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kfl COMPONENT development)
+set(kfl_convenience_headers
+    convenience/Ref.h
+    convenience/SocketGuard.h
+    convenience/WaitStatus.h
+    convenience/datagrams.h
+    convenience/ranges.h
+    convenience/view.h
+    convenience/wipe.h)
+list(TRANSFORM kfl_convenience_headers PREPEND ${PROJECT_SOURCE_DIR}/include/kfl/)
+install(FILES ${kfl_convenience_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kfl/convenience COMPONENT development)
 
 install(TARGETS kfl EXPORT kfl-targets
         LIBRARY COMPONENT runtime NAMELINK_COMPONENT development)
-install(TARGETS kfl-host EXPORT kfl-targets ARCHIVE COMPONENT development)
+install(TARGETS kfl-host kfl-recording-host EXPORT kfl-targets ARCHIVE COMPONENT development)
 if(KFL_TOOLS)
   install(TARGETS kfl-tool RUNTIME COMPONENT tools)
+  file(GLOB kfl_command_pages CONFIGURE_DEPENDS docs/man/*.1)
+  install(FILES ${kfl_command_pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  install(FILES tools/kfl/completion.bash RENAME kfl COMPONENT tools
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 endif()
 
 set(kfl_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/kfl)
@@ -50,6 +66,8 @@ configure_package_config_file(cmake/kflConfig.cmake.in kflConfig.cmake
 write_basic_package_version_file(kflConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/kflConfig.cmake ${PROJECT_BINARY_DIR}/kflConfigVersion.cmake
         DESTINATION ${kfl_cmake_dir} COMPONENT development)
+
+install(FILES docs/man/kfl.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7 COMPONENT development)
 
 # The .pc file finds the prefix from where it lies, so that it is right after any install.
 set(kfl_pc_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

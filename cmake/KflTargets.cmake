@@ -17,6 +17,9 @@ function(kfl_target_defaults target)
                                              -fno-omit-frame-pointer)
     target_link_options(${target} PUBLIC -fsanitize=${KFL_SANITIZE})
   endif()
+  if(KFL_FUZZ)
+    target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+  endif()
   if(KFL_COVERAGE)
     target_compile_options(${target} PRIVATE --coverage -fprofile-update=atomic)
     target_compile_definitions(${target} PRIVATE KFL_COVERAGE)
@@ -31,7 +34,21 @@ function(kfl_library_flags target)
                                              CXX_VISIBILITY_PRESET hidden
                                              VISIBILITY_INLINES_HIDDEN ON)
   target_compile_options(${target} PRIVATE -fno-sized-deallocation -fno-threadsafe-statics
-                                           -fno-semantic-interposition)
+                                           -fno-semantic-interposition
+                                           -ffunction-sections -fdata-sections)
+  # Room between functions and in front of branches' targets is a tenth of the code, and gains nothing;
+  # loops keep theirs.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(${target} PRIVATE -fno-align-functions -fno-align-jumps -fno-align-labels)
+  endif()
+  # Small code for small code's sake: a little slower to enter and to leave.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_BUILD_TYPE STREQUAL "MinSizeRel")
+    target_compile_options(${target} PRIVATE -fno-shrink-wrap -fno-jump-tables -fno-tree-loop-im)
+  endif()
+  # Objects for both kinds of link: the white-box tests are linked as usual.
+  if(KFL_LINK_TIME)
+    target_compile_options(${target} PRIVATE -flto -ffat-lto-objects)
+  endif()
   # -D_GNU_SOURCE is g++'s default and is said for compilers that leave it out in strict mode.
   target_compile_definitions(${target} PRIVATE _GNU_SOURCE _FILE_OFFSET_BITS=64)
 endfunction()

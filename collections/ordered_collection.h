@@ -38,6 +38,7 @@ Item insert(Container& items, unsigned int& count, unsigned int index, Item item
     slotAt<Item>(items, count) = nullptr;
     const unsigned int pos = index < count ? index : count;
     Item* const slot = slotsOf<Item>(items) + pos;
+    // cppcheck-suppress pointerSize ; what moves is pointers
     std::memmove(slot + 1, slot, std::size_t{count - pos} * sizeof(void*));
     *slot = item;
     ++count;

@@ -1,8 +1,9 @@
 #include "kfl/IniFileParser.h"
 
-#include <cfloat>
+#include <float.h>
+#include <stdlib.h>
+
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 
 #include "config/ini_names.h"
@@ -167,12 +168,12 @@ const char* IniFileParser::getString(const char* key, const char* section) {
 
 int IniFileParser::getInt(const char* key, const char* section) {
     const char* const value = getValue(key, section);
-    return value ? std::atoi(value) : INT_MIN;
+    return value ? atoi(value) : INT_MIN;
 }
 
 float IniFileParser::getFloat(const char* key, const char* section) {
     const char* const value = getValue(key, section);
-    return value ? static_cast<float>(std::atof(value)) : FLT_MIN;
+    return value ? static_cast<float>(atof(value)) : FLT_MIN;
 }
 
 bool IniFileParser::getBool(const char* key, const char* section) {

@@ -1,9 +1,9 @@
 #include "kfl/URIParser.h"
 
+#include <stdlib.h>
 #include <strings.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
 #include "core/allocation.h"
@@ -19,7 +19,7 @@ int lookup(const char* text, std::size_t length, const char* const* table) {
     return -1;
 }
 
-unsigned short portOf(const char* text) { return static_cast<unsigned short>(std::atoi(text)); }
+unsigned short portOf(const char* text) { return static_cast<unsigned short>(atoi(text)); }
 
 void assign(AString& string, const char* begin, const char* end) {
     const unsigned int length = detail::checkedSize(static_cast<std::uint64_t>(end - begin));

@@ -64,6 +64,7 @@ class WantedName {
 // The first record of that name, or null. A null entry, which only a host can have made, ends the
 // walk.
 template <class Record>
+// cppcheck-suppress passedByValue ; a copy can stay in registers
 Record* findRecord(const VoidPtrOrderedCollection& records, WantedName name) {
     void* const* const data = records.data();
     const unsigned int items = records.count();

@@ -7,6 +7,7 @@
 
 namespace kfl::detail {
 
+// cppcheck-suppress uninitMemberVar ; the first read fills the buffer
 LineReader::LineReader(const char* path)
     : descriptor_(path ? open(path, O_RDONLY) : -1),
       ended_(false),

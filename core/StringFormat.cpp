@@ -1,7 +1,8 @@
 #include "kfl/StringFormat.h"
 
+#include <stdio.h>
+
 #include <cstdarg>
-#include <cstdio>
 
 #include "kfl/AString.h"
 
@@ -14,8 +15,7 @@ char sharedText[500];
 StringFormat::StringFormat(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    const bool isMade =
-        format && std::vsnprintf(sharedText, sizeof sharedText, format, arguments) >= 0;
+    const bool isMade = format && vsnprintf(sharedText, sizeof sharedText, format, arguments) >= 0;
     va_end(arguments);
     if (!isMade) sharedText[0] = '\0';
 }

@@ -8,6 +8,7 @@ namespace {
 
 char** newSlots(unsigned int count) {
     char* const block = kfl::detail::allocateArray(count, sizeof(char*));
+    // cppcheck-suppress pointerSize ; what is cleared is pointers
     std::memset(block, 0, std::size_t{count} * sizeof(char*));
     return static_cast<char**>(static_cast<void*>(block));
 }

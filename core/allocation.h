@@ -9,7 +9,7 @@ namespace kfl::detail {
 // Array new for `bytes` bytes, to be released with array delete. A size that passes 32 bits fails
 // as an allocation does: the allocator is asked for what it must refuse, so it is the one that
 // throws.
-char* allocateArray(std::uint64_t bytes);
+[[gnu::noinline]] char* allocateArray(std::uint64_t bytes);
 
 // The same for `count` elements of `elementSize` bytes.
 inline char* allocateArray(unsigned int count, std::uint64_t elementSize) {
@@ -17,7 +17,7 @@ inline char* allocateArray(unsigned int count, std::uint64_t elementSize) {
 }
 
 // Fails as an allocation does; for a size that cannot even be written down in 32 bits.
-void refuseAllocation();
+[[gnu::cold, gnu::noinline]] void refuseAllocation();
 
 // A size in 32 bits; fails as an allocation does when it has more.
 inline unsigned int checkedSize(std::uint64_t size) {

@@ -8,6 +8,13 @@
 
 namespace kfl::detail {
 
+// Up to here a few stores are faster than a call; where small code is asked for, a call is better.
+#ifdef __OPTIMIZE_SIZE__
+constexpr std::size_t shortLength = 0;
+#else
+constexpr std::size_t shortLength = 16;
+#endif
+
 // Fills up to 16 places with as few stores as there may be: they overlap in the middle.
 inline void fillShort(char* to, char c, std::size_t count) {
     const std::uint64_t pattern = 0x0101010101010101U * static_cast<unsigned char>(c);
@@ -82,7 +89,7 @@ class BoundedOutput {
     // position, so that the callers' outputs can stay in registers.
     [[gnu::noinline]] static char* filled(BoundedOutput out, char c, std::size_t count) {
         const std::size_t n = count < out.room() ? count : out.room();
-        if (n <= 16) {
+        if (n <= shortLength) {
             fillShort(out.position_, c, n);
         } else {
             std::memset(out.position_, c, n);
@@ -94,7 +101,7 @@ class BoundedOutput {
 
     [[gnu::noinline]] static char* copied(BoundedOutput out, const char* text, std::size_t count) {
         const std::size_t n = count < out.room() ? count : out.room();
-        if (n <= 16) {
+        if (n <= shortLength) {
             copyShort(out.position_, text, n);
         } else {
             std::memcpy(out.position_, text, n);

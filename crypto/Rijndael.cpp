@@ -11,6 +11,7 @@ namespace kfl::AES {
 namespace {
 
 using detail::Block;
+using detail::CountedBlock;
 using detail::Deciphering;
 using detail::Enciphering;
 using detail::RoundKeys;
@@ -30,20 +31,34 @@ bool checkKey(bool keyInitialized) {
     return keyInitialized;
 }
 
-template <class Way>
-void transformDefault(RoundKeys keys, const char* in, char* result) {
-    Block<4> t;
-    t.load(in);
-    detail::transform<Way>(t, keys);
-    t.store(result);
-}
-
-template <class Way, int Columns>
-void transformWide(RoundKeys keys, const char* in, char* result) {
-    Block<Columns> t;
+template <class Way, class AnyBlock>
+void transformFrom(AnyBlock t, RoundKeys keys, const char* in, char* result) {
     t.load(in);
     detail::transformBlock<Way>(t, keys);
     t.store(result);
+}
+
+// A block of four columns, which stay in registers.
+template <class Way>
+void transformDefault(RoundKeys keys, const char* in, char* result) {
+    if constexpr (detail::countsColumns) {
+        transformFrom<Way>(CountedBlock(16), keys, in, result);
+    } else {
+        Block<4> t;
+        t.load(in);
+        detail::transform<Way>(t, keys);
+        t.store(result);
+    }
+}
+
+template <class Way>
+void transformOther(int blockSize, RoundKeys keys, const char* in, char* result) {
+    if constexpr (detail::countsColumns) {
+        transformFrom<Way>(CountedBlock(blockSize), keys, in, result);
+    } else {
+        if (blockSize == 24) return transformFrom<Way>(Block<6>(), keys, in, result);
+        transformFrom<Way>(Block<8>(), keys, in, result);
+    }
 }
 
 }  // namespace
@@ -51,6 +66,7 @@ void transformWide(RoundKeys keys, const char* in, char* result) {
 const char* const Rijndael::_ErrorMsg1 = "Object not Initialized";
 const char* const Rijndael::_ErrorMsg2 = "Data not multiple of Block Size";
 
+// cppcheck-suppress uninitMemberVar ; makeKey sets what is used
 Rijndael::Rijndael() : keyInitialized(false) {}
 
 Rijndael::~Rijndael() = default;
@@ -86,16 +102,14 @@ void Rijndael::encryptBlock(const char* in, char* result) {
     if (!checkKey(keyInitialized)) return;
     const RoundKeys keys{encryptKeys, rounds};
     if (blockSize == 16) return DefEncryptBlock(in, result);
-    if (blockSize == 24) return transformWide<Enciphering, 6>(keys, in, result);
-    transformWide<Enciphering, 8>(keys, in, result);
+    transformOther<Enciphering>(blockSize, keys, in, result);
 }
 
 void Rijndael::decryptBlock(const char* in, char* result) {
     if (!checkKey(keyInitialized)) return;
     const RoundKeys keys{decryptKeys, rounds};
     if (blockSize == 16) return DefDecryptBlock(in, result);
-    if (blockSize == 24) return transformWide<Deciphering, 6>(keys, in, result);
-    transformWide<Deciphering, 8>(keys, in, result);
+    transformOther<Deciphering>(blockSize, keys, in, result);
 }
 
 }  // namespace kfl::AES

@@ -39,7 +39,7 @@ const char* shown(const char* name) { return name ? name : "(null)"; }
 class Files {
   public:
     Files(const char* inName, const char* outName, const Operation& operation)
-        : in_(openFile(inName, operation.readMode)), out_(nullptr) {
+        : in_(openFile(inName, operation.readMode)), out_(nullptr), complete_(true) {
         if (!in_) {
             detail::reportCipherError(Parms("Unable to open %s", shown(inName)));
         } else if (out_ = openFile(outName, operation.writeMode); !out_) {
@@ -55,14 +55,14 @@ class Files {
 
     bool areOpen() const { return out_ != nullptr; }
 
-    // The input's length in bytes; 0 for what has none.
+    // The input's length in bytes; 0 for what has none, or cannot be read from its beginning again.
     std::uint64_t inputLength() const {
         // The end of a directory may be anywhere, up to the largest number there is.
         struct stat status = {};
         fstat(fileno(in_), &status);
         fseeko(in_, 0, SEEK_END);
         const off_t end = ftello(in_);
-        rewind(in_);
+        if (fseeko(in_, 0, SEEK_SET) != 0) return 0;
         return end > 0 && !S_ISDIR(status.st_mode) ? static_cast<std::uint64_t>(end) : 0;
     }
 
@@ -74,12 +74,13 @@ class Files {
 
     // Once a write has failed, nothing is written behind the gap.
     void write(const char* bytes, unsigned n) {
-        if (!ferror(out_)) fwrite(bytes, 1, n, out_);
+        if (complete_) complete_ = fwrite(bytes, 1, n, out_) == n;
     }
 
   private:
     FILE* in_;
     FILE* out_;
+    bool complete_;
 };
 
 // A working area.

@@ -9,6 +9,7 @@ namespace kfl::AES {
 namespace {
 
 using detail::Block;
+using detail::CountedBlock;
 using detail::Deciphering;
 using detail::Enciphering;
 using detail::RoundKeys;
@@ -43,8 +44,8 @@ bool chainedPairsAreIndependent(const Text& text) {
     return text.distance() + (blockSize - 1) >= pairSize + (blockSize - 1);
 }
 
-// Each mode is a function of its own ([[gnu::noinline]]): what its callers hold in registers would
-// leave too few for the rounds.
+// What fits into registers, a block of four columns, has a function of its own for each mode
+// ([[gnu::noinline]]): what its callers hold in registers would leave too few for the rounds.
 
 // Enciphers and deciphers in ECB.
 template <class Way>
@@ -60,13 +61,11 @@ void transformPairs(Text& text, RoundKeys keys) {
     }
 }
 
-template <class Way, int Columns>
+template <class Way>
 [[gnu::noinline]] void transformText(Text text, RoundKeys keys) {
-    if constexpr (Columns == 4) {
-        if (pairsAreIndependent(text)) transformPairs<Way>(text, keys);
-    }
-    for (; text.left > 0; text.skip(Block<Columns>::size)) {
-        Block<Columns> t;
+    if (pairsAreIndependent(text)) transformPairs<Way>(text, keys);
+    for (; text.left > 0; text.skip(Block<4>::size)) {
+        Block<4> t;
         t.load(text.in);
         detail::transformBlock<Way>(t, keys);
         t.store(text.result);
@@ -85,23 +84,13 @@ struct Cfb {
     static constexpr bool feedsChain = true;
 };
 
-// Four columns stay in registers from block to block.
-template <int Columns>
-[[gnu::always_inline]] inline void encipher(Block<Columns>& t, RoundKeys keys) {
-    if constexpr (Columns == 4) {
-        detail::transform<Enciphering>(t, keys);
-    } else {
-        detail::transformBlock<Enciphering>(t, keys);
-    }
-}
-
-template <class Mode, int Columns>
+template <class Mode>
 [[gnu::noinline]] void encryptChained(Text text, RoundKeys keys, char* chainBytes) {
-    Block<Columns> chain;
+    Block<4> chain;
     chain.load(chainBytes);
-    for (; text.left > 0; text.skip(Block<Columns>::size)) {
+    for (; text.left > 0; text.skip(Block<4>::size)) {
         if (!Mode::feedsChain) chain.addMemory(text.in);
-        encipher(chain, keys);
+        detail::transform<Enciphering>(chain, keys);
         if (Mode::feedsChain) chain.addMemory(text.in);
         chain.store(text.result);
     }
@@ -135,17 +124,15 @@ void decryptChainedPairs(Text& text, RoundKeys keys, Block<4>& chain) {
     }
 }
 
-template <class Mode, int Columns>
+template <class Mode>
 [[gnu::noinline]] void decryptChained(Text text, RoundKeys keys, char* chainBytes) {
-    Block<Columns> chain;
+    Block<4> chain;
     chain.load(chainBytes);
-    if constexpr (Columns == 4) {
-        if (chainedPairsAreIndependent(text)) decryptChainedPairs<Mode>(text, keys, chain);
-    }
-    for (; text.left > 0; text.skip(Block<Columns>::size)) {
-        Block<Columns> input;
+    if (chainedPairsAreIndependent(text)) decryptChainedPairs<Mode>(text, keys, chain);
+    for (; text.left > 0; text.skip(Block<4>::size)) {
+        Block<4> input;
         input.load(text.in);
-        Block<Columns> t = Mode::feedsChain ? chain : input;
+        Block<4> t = Mode::feedsChain ? chain : input;
         detail::transformBlock<typename Mode::Inverse>(t, keys);
         t.add(Mode::feedsChain ? input : chain);
         t.store(text.result);
@@ -162,25 +149,55 @@ struct State {
     char* chain;
 };
 
-template <int Columns>
-void encryptText(const Text& text, const State& state, int mode) {
+// The same for blocks that go through memory anyway: all modes in one function, block by block.
+
+template <class AnyBlock>
+void encryptBlocks(AnyBlock t, Text text, const State& state, int mode) {
+    const bool chained = mode == Rijndael::modeCBC || mode == Rijndael::modeCFB;
+    if (chained) t.load(state.chain);
+    for (; text.left > 0; text.skip(t.size)) {
+        if (!chained) t.load(text.in);
+        if (mode == Rijndael::modeCBC) t.addMemory(text.in);
+        detail::transformBlock<Enciphering>(t, state.encryptKeys);
+        if (mode == Rijndael::modeCFB) t.addMemory(text.in);
+        t.store(text.result);
+    }
+    if (chained) t.store(state.chain);
+}
+
+template <class AnyBlock>
+void decryptBlocks(AnyBlock chain, Text text, const State& state, int mode) {
+    const bool chained = mode == Rijndael::modeCBC || mode == Rijndael::modeCFB;
+    if (chained) chain.load(state.chain);
+    for (; text.left > 0; text.skip(chain.size)) {
+        AnyBlock t(chain);
+        t.load(text.in);
+        if (mode == Rijndael::modeCFB) {
+            detail::transformBlock<Enciphering>(chain, state.encryptKeys);
+        } else {
+            detail::transformBlock<Deciphering>(t, state.decryptKeys);
+        }
+        if (chained) t.add(chain);
+        t.store(text.result);
+        // Kept on purpose: from where the input stood, which the output may have overwritten.
+        if (chained) chain.load(text.in);
+    }
+    if (chained) chain.store(state.chain);
+}
+
+void encryptDefault(const Text& text, const State& state, int mode) {
     switch (mode) {
-        case Rijndael::modeCBC:
-            return encryptChained<Cbc, Columns>(text, state.encryptKeys, state.chain);
-        case Rijndael::modeCFB:
-            return encryptChained<Cfb, Columns>(text, state.encryptKeys, state.chain);
-        default: return transformText<Enciphering, Columns>(text, state.encryptKeys);
+        case Rijndael::modeCBC: return encryptChained<Cbc>(text, state.encryptKeys, state.chain);
+        case Rijndael::modeCFB: return encryptChained<Cfb>(text, state.encryptKeys, state.chain);
+        default: return transformText<Enciphering>(text, state.encryptKeys);
     }
 }
 
-template <int Columns>
-void decryptText(const Text& text, const State& state, int mode) {
+void decryptDefault(const Text& text, const State& state, int mode) {
     switch (mode) {
-        case Rijndael::modeCBC:
-            return decryptChained<Cbc, Columns>(text, state.decryptKeys, state.chain);
-        case Rijndael::modeCFB:
-            return decryptChained<Cfb, Columns>(text, state.encryptKeys, state.chain);
-        default: return transformText<Deciphering, Columns>(text, state.decryptKeys);
+        case Rijndael::modeCBC: return decryptChained<Cbc>(text, state.decryptKeys, state.chain);
+        case Rijndael::modeCFB: return decryptChained<Cfb>(text, state.encryptKeys, state.chain);
+        default: return transformText<Deciphering>(text, state.decryptKeys);
     }
 }
 
@@ -203,18 +220,26 @@ void Rijndael::encrypt(const char* in, char* result, unsigned n, int mode) {
     if (!checkText(keyInitialized, n, blockSize)) return;
     const Text text{in, result, n};
     const State state{{encryptKeys, rounds}, {decryptKeys, rounds}, chain};
-    if (blockSize == 16) return encryptText<4>(text, state, mode);
-    if (blockSize == 24) return encryptText<6>(text, state, mode);
-    encryptText<8>(text, state, mode);
+    if constexpr (detail::countsColumns) {
+        encryptBlocks(CountedBlock(blockSize), text, state, mode);
+    } else {
+        if (blockSize == 16) return encryptDefault(text, state, mode);
+        if (blockSize == 24) return encryptBlocks(Block<6>(), text, state, mode);
+        encryptBlocks(Block<8>(), text, state, mode);
+    }
 }
 
 void Rijndael::decrypt(const char* in, char* result, unsigned n, int mode) {
     if (!checkText(keyInitialized, n, blockSize)) return;
     const Text text{in, result, n};
     const State state{{encryptKeys, rounds}, {decryptKeys, rounds}, chain};
-    if (blockSize == 16) return decryptText<4>(text, state, mode);
-    if (blockSize == 24) return decryptText<6>(text, state, mode);
-    decryptText<8>(text, state, mode);
+    if constexpr (detail::countsColumns) {
+        decryptBlocks(CountedBlock(blockSize), text, state, mode);
+    } else {
+        if (blockSize == 16) return decryptDefault(text, state, mode);
+        if (blockSize == 24) return decryptBlocks(Block<6>(), text, state, mode);
+        decryptBlocks(Block<8>(), text, state, mode);
+    }
 }
 
 }  // namespace kfl::AES

@@ -20,6 +20,14 @@ struct IndicesUpTo<0, I...> {
 
 constexpr std::ptrdiff_t wordSize = 4;
 
+// Where the compiler is asked for small code, columns are counted at run time: one code serves for
+// all sizes.
+#ifdef __OPTIMIZE_SIZE__
+constexpr bool countsColumns = true;
+#else
+constexpr bool countsColumns = false;
+#endif
+
 // The word's bytes in the order in which they stand in memory, and back.
 inline unsigned inMemoryOrder(unsigned word) {
 #if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__

@@ -19,19 +19,41 @@ unsigned substitutedWord(unsigned w) {
            unsigned{s[(w >> 8) & 0xFF]} << 8 | unsigned{s[w & 0xFF]};
 }
 
-// Makes the words of all rounds in one row, KeyWords a turn.
-template <int KeyWords>
-void expand(const char* key, unsigned* words, int count) {
-    for (int i = 0; i < KeyWords; ++i) words[i] = loadWord(key + i * wordSize);
+// A number that the compiler knows.
+template <int N>
+struct Known {
+    constexpr operator int() const { return N; }
+};
+
+// Calls `use` with the number of words of a key or a block.
+template <class Use>
+void withWords(int words, Use use) {
+    if constexpr (countsColumns) {
+        use(words);
+    } else {
+        if (words == 4) return use(Known<4>());
+        if (words == 6) return use(Known<6>());
+        use(Known<8>());
+    }
+}
+
+// Most columns that a loop over known ones is unrolled for.
+constexpr int unrolled = countsColumns ? 1 : 8;
+
+// Makes the words of all rounds in one row, `keyWords` a turn.
+template <class Words>
+void expand(Words known, const char* key, unsigned* words, int count) {
+    const int keyWords = known;
+    for (int i = 0; i < keyWords; ++i) words[i] = loadWord(key + i * wordSize);
     const unsigned char* rcon = Rijndael::_rcon;
-    unsigned last = words[KeyWords - 1];
-    for (const unsigned* const end = words + count; words + KeyWords < end; words += KeyWords) {
+    unsigned last = words[keyWords - 1];
+    for (const unsigned* const end = words + count; words + keyWords < end; words += keyWords) {
         last = substitutedWord(last << 8 | last >> 24) ^ unsigned { *rcon++ } << 24;
-#pragma GCC unroll 8
-        for (int i = 0; i < KeyWords; ++i) {
-            if (KeyWords == 8 && i == 4) last = substitutedWord(last);
+#pragma GCC unroll unrolled
+        for (int i = 0; i < keyWords; ++i) {
+            if (keyWords == 8 && i == 4) last = substitutedWord(last);
             last ^= words[i];
-            words[KeyWords + i] = last;
+            words[keyWords + i] = last;
         }
     }
 }
@@ -42,25 +64,21 @@ unsigned unmixed(unsigned w) {
 }
 
 // Hands the words out to the rows of both directions.
-template <int BlockWords>
-void spread(const unsigned* words, int rounds, unsigned (*encryptKeys)[8],
+template <class Words>
+void spread(Words known, const unsigned* words, int rounds, unsigned (*encryptKeys)[8],
             unsigned (*decryptKeys)[8]) {
-    for (int r = 0; r <= rounds; ++r, words += BlockWords) {
-        std::memcpy(encryptKeys[r], words, Block<BlockWords>::size);
+    const int blockWords = known;
+    const std::size_t size = sizeof(unsigned) * static_cast<unsigned>(blockWords);
+    for (int r = 0; r <= rounds; ++r, words += blockWords) {
+        std::memcpy(encryptKeys[r], words, size);
         unsigned* const back = decryptKeys[rounds - r];
         if (r == 0 || r == rounds) {
-            std::memcpy(back, words, Block<BlockWords>::size);
+            std::memcpy(back, words, size);
         } else {
-#pragma GCC unroll 8
-            for (int j = 0; j < BlockWords; ++j) back[j] = unmixed(words[j]);
+#pragma GCC unroll unrolled
+            for (int j = 0; j < blockWords; ++j) back[j] = unmixed(words[j]);
         }
     }
-}
-
-void expandInto(unsigned* words, const char* key, int keyWords, int count) {
-    if (keyWords == 4) return expand<4>(key, words, count);
-    if (keyWords == 6) return expand<6>(key, words, count);
-    expand<8>(key, words, count);
 }
 
 }  // namespace
@@ -68,10 +86,10 @@ void expandInto(unsigned* words, const char* key, int keyWords, int count) {
 void expandKey(const char* key, int keyWords, int blockWords, int rounds,
                unsigned (*encryptKeys)[8], unsigned (*decryptKeys)[8]) {
     unsigned words[mostWords];
-    expandInto(words, key, keyWords, (rounds + 1) * blockWords);
-    if (blockWords == 4) return spread<4>(words, rounds, encryptKeys, decryptKeys);
-    if (blockWords == 6) return spread<6>(words, rounds, encryptKeys, decryptKeys);
-    spread<8>(words, rounds, encryptKeys, decryptKeys);
+    const int count = (rounds + 1) * blockWords;
+    withWords(keyWords, [&](auto known) { expand(known, key, words, count); });
+    withWords(blockWords,
+              [&](auto known) { spread(known, words, rounds, encryptKeys, decryptKeys); });
 }
 
 }  // namespace kfl::detail

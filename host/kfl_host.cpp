@@ -26,7 +26,8 @@ char* Parms(const char* format, ...) {
     static thread_local char message[messageSize];
     va_list arguments;
     va_start(arguments, format);
-    vsnprintf(message, sizeof message, format, arguments);
+    const int length = vsnprintf(message, sizeof message, format, arguments);
     va_end(arguments);
+    if (length < 0) message[0] = '\0';  // not the text before
     return message;
 }

@@ -5,10 +5,10 @@
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/types.h>
+#include <time.h>
 
 #include <cerrno>
 #include <climits>
-#include <ctime>
 
 namespace kfl::detail {
 namespace {
@@ -39,13 +39,6 @@ bool isForSelect(int error) {
     return error == EAGAIN || error == ENOTSOCK || error == ENOTCONN || error == EINVAL;
 }
 
-int selectReadable(int descriptor, timeval* limit) {
-    fd_set readable;
-    FD_ZERO(&readable);
-    FD_SET(descriptor, &readable);
-    return select(descriptor + 1, &readable, nullptr, nullptr, limit);
-}
-
 timespec difference(const timespec& a, const timespec& b) {
     timespec result{};
     result.tv_sec = a.tv_sec - b.tv_sec;
@@ -73,6 +66,33 @@ void storeTimeLeft(timespec left, timeval& time) {
     time.tv_usec = left.tv_nsec / 1000;
 }
 
+// What is left of a time that began at `start`.
+timespec leftOf(const timespec& limit, const timespec& start) {
+    timespec end;
+    clock_gettime(CLOCK_MONOTONIC, &end);
+    return difference(limit, difference(end, start));
+}
+
+// Whether a wait ended in a way that leaves time.
+bool leavesTime(int ready) { return ready >= 0 || errno == EINTR; }
+
+int selectReadable(int descriptor, timeval* limit) {
+    fd_set readable;
+    FD_ZERO(&readable);
+    FD_SET(descriptor, &readable);
+    if (!limit) return select(descriptor + 1, &readable, nullptr, nullptr, nullptr);
+
+    const timeval before = *limit;
+    timespec start;
+    clock_gettime(CLOCK_MONOTONIC, &start);
+    const int ready = select(descriptor + 1, &readable, nullptr, nullptr, limit);
+    // Some C libraries keep to themselves what the system wrote.
+    if (leavesTime(ready) && limit->tv_sec == before.tv_sec && limit->tv_usec == before.tv_usec) {
+        storeTimeLeft(leftOf(normalised(before), start), *limit);
+    }
+    return ready;
+}
+
 int pollReadable(int descriptor, const timespec* limit) {
     pollfd watched{};
     watched.fd = descriptor;
@@ -91,13 +111,11 @@ int pollReadable(int descriptor, timeval* time) {
         errno = EINVAL;
         return -1;
     }
-    timespec start{};
-    timespec end{};
+    timespec start;
     const timespec limit = normalised(*time);
     clock_gettime(CLOCK_MONOTONIC, &start);
     const int ready = pollReadable(descriptor, &limit);
-    clock_gettime(CLOCK_MONOTONIC, &end);
-    storeTimeLeft(difference(limit, difference(end, start)), *time);
+    storeTimeLeft(leftOf(limit, start), *time);
     return ready;
 }
 

@@ -25,7 +25,7 @@ const char* const resultTexts[] = {
 }  // namespace
 
 int createSocket(int* resultCode) {
-    int ignored;
+    int ignored = 0;
     int& code = resultCode ? *resultCode : ignored;
     code = kfl::detail::codeSuccess;
     const int descriptor = socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP);
@@ -43,13 +43,13 @@ int bindSocket(int descriptor, int port) {
 
 int recvFromSocket(int descriptor, void* buffer, unsigned int length, timeval* timeOut,
                    int* resultCode) {
-    int ignored;
+    int ignored = 0;
     return kfl::detail::receive(descriptor, buffer, length, timeOut,
                                 resultCode ? *resultCode : ignored);
 }
 
 int sendToSocket(int descriptor, void* data, unsigned int length, int* resultCode) {
-    int ignored;
+    int ignored = 0;
     int& code = resultCode ? *resultCode : ignored;
     code = kfl::detail::codeSuccess;
     if (send(descriptor, data, length, 0) < 0) return failWith(kfl::detail::codeSendFailed, code);

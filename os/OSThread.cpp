@@ -55,6 +55,7 @@ int osJoinThread(int threadId) {
 void osExitThread() { pthread_exit(nullptr); }
 
 // Kept on purpose: threadId is left to create.
+// cppcheck-suppress uninitMemberVar
 OSThread::OSThread() {
     pthread_mutex_init(&stopMutex, nullptr);
     pthread_cond_init(&stopCondition, nullptr);

@@ -10,11 +10,12 @@ CommandLine::CommandLine(const char* line) {
     text_[length] = '\0';
 
     unsigned int count = 0;
-    char* rest = nullptr;
-    char* word = strtok_r(text_, " ", &rest);
-    while (word && count < mostWords) {
-        words_[count++] = word;
-        word = strtok_r(nullptr, " ", &rest);
+    for (char* at = text_; count < mostWords;) {
+        while (*at == ' ') ++at;
+        if (*at == '\0') break;
+        words_[count++] = at;
+        at += std::strcspn(at, " ");
+        if (*at != '\0') *at++ = '\0';
     }
     words_[count] = nullptr;
 }

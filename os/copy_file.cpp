@@ -40,29 +40,37 @@ ssize_t copyFileRange(int from, loff_t* fromAt, int to, loff_t* toAt) {
 #endif
 }
 
-// The first way: copies from the start on, by positions of its own, which it leaves behind the last
-// byte. Tells whether that was the end.
-bool copyRanges(int from, off_t& fromAt, int to) {
+bool moveTo(int file, off_t position) { return lseek(file, position, SEEK_SET) == position; }
+
+// The first way: copies from the start on, by positions of its own. Returns how many bytes that was
+// and tells whether it was all.
+off_t copyRanges(int from, int to, bool& complete) {
     loff_t source = 0;
     loff_t target = 0;
     ssize_t copied = 0;
     while ((copied = copyFileRange(from, &source, to, &target)) > 0) {
     }
-    if (target > 0) lseek(to, target, SEEK_SET);
-    fromAt = source;
-    return copied == 0;
+    complete = copied == 0;
+    return target;
 }
 
 // Copies inside the kernel what it can, from the start on, whatever has been read of `from`
-// already. Tells whether that was anything; both files then stand behind it, and the next read
-// finds what was left undone. Where it was nothing, neither has moved.
-bool copyInKernel(int from, int to) {
-    off_t position = 0;
-    if (!copyRanges(from, position, to)) {
-        while (sendfile(to, from, &position, kernelPiece) > 0) {
-        }
+// already. Returns how many bytes that was, and `to` then stands behind them; where it was nothing,
+// neither file has moved. Negative where `to` could not be put there.
+off_t copyInKernel(int from, int to) {
+    bool complete = false;
+    off_t position = copyRanges(from, to, complete);
+    if (position > 0 && !moveTo(to, position)) return -1;
+    if (complete) return position;
+    while (sendfile(to, from, &position, kernelPiece) > 0) {
     }
-    return position > 0 && lseek(from, position, SEEK_SET) == position;
+    return position;
+}
+
+// Reads on behind what was copied inside the kernel. Where the files cannot be put there the copy
+// ends, as at a read error: going on from anywhere else would double what is there already.
+ssize_t readBehind(off_t copied, int from, char* buffer) {
+    return copied > 0 && moveTo(from, copied) ? read(from, buffer, bufferSize) : 0;
 }
 
 // A large file is left to the kernel from its first byte on: a piece written beforehand would spoil
@@ -72,7 +80,10 @@ bool copyInKernel(int from, int to) {
 void copyContents(int from, int to) {
     char buffer[bufferSize];
     ssize_t size = read(from, buffer, sizeof buffer);
-    if (size == sizeof buffer && copyInKernel(from, to)) size = read(from, buffer, sizeof buffer);
+    if (size == sizeof buffer) {
+        const off_t copied = copyInKernel(from, to);
+        if (copied != 0) size = readBehind(copied, from, buffer);
+    }
     while (size > 0) {
         writeAll(to, buffer, static_cast<size_t>(size));
         size = read(from, buffer, sizeof buffer);

@@ -1,3 +1,5 @@
+// An enciphered copy of a file. Shows: a chain block that is new each time, a fresh key schedule
+// for each direction, padding that stays, and a Buffer that is made to fit.
 #include "backup.h"
 
 #include <sys/stat.h>

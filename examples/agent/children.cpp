@@ -1,3 +1,5 @@
+// Programs, and a handler that reaps them. Shows: why children are left alone while the library
+// waits, a status handed over, raw wait statuses, and what a signal handler may do.
 #include "children.h"
 
 #include <sys/wait.h>

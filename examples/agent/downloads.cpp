@@ -1,3 +1,5 @@
+// Locations of files. Shows: a flat file of keys with defaults in the program, locations split into
+// their parts, names looked up in a table, and formatted texts that are copied before the next one.
 #include "downloads.h"
 
 #include <cstdlib>

@@ -1,3 +1,5 @@
+// Lines collected and shown at once. Shows: a Buffer that may take only a part of a write, and the
+// string that takes all its bytes.
 #include "journal.h"
 
 #include <cstdio>

@@ -1,3 +1,6 @@
+// Two sockets and a thread. Shows: what is removed and closed by the host, ports in network byte
+// order, waits that end, a request to stop with a flag beside it, and signals kept away from
+// workers.
 #include "listener.h"
 
 #include <arpa/inet.h>

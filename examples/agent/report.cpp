@@ -1,3 +1,4 @@
+// All that the parser holds. Shows: the marks of missing keys, and a walk over sections and keys.
 #include "report.h"
 
 #include <cstdio>

@@ -1,3 +1,5 @@
+// The agent at work. Shows: events and alarms, the order of starting and stopping, and a main
+// thread that sleeps until a signal comes.
 #include "service.h"
 
 #include <syslog.h>

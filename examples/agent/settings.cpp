@@ -1,3 +1,5 @@
+// The settings. Shows: a table of all that a host can be told, look-ups with the key first, the
+// mark of a missing key, values that keep their blanks, and words for yes and no.
 #include "settings.h"
 
 #include <cfloat>

@@ -117,6 +117,7 @@ class KFL_EXPORT AString : public Protectable, public SObject {
     unsigned int capacity() const { return capacity_; }
     // The step by which the capacity grows at least.
     unsigned int increment() const { return increment_; }
+    // True when no characters are in use.
     bool empty() const { return length_ == 0; }
     // Empties the string and keeps its room.
     void clear() {

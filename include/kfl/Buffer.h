@@ -19,6 +19,7 @@
 #include "kfl/Protectable.h"
 #include "kfl/export.h"
 
+// One block of bytes with a write position and a read position.
 class KFL_EXPORT Buffer : public Protectable {
   public:
     // Empty, with room for `maxSize` bytes, growing in steps of `increment` (0: never).

@@ -29,9 +29,9 @@ class KFL_EXPORT Iterator : public SObject {
   public:
     // Stands on nothing, all fields zero; not to be stepped.
     Iterator();
-    // Stands on the first item of `walked`, through the virtual start(). A null pointer gives a
-    // cursor on nothing.
+    // Stands on the first item of `walked`, through the virtual start().
     Iterator(kfl::Collection& walked);
+    // The same; a null pointer gives a cursor on nothing.
     Iterator(kfl::Collection* walked);
     virtual ~Iterator();
 

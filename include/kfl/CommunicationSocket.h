@@ -49,10 +49,13 @@ class KFL_EXPORT CommunicationSocket {
     // Cfg message"; all other numbers, 4 and 5 among them, have none.
     const char* resultToString(int code);
 
-    // What the constructor was given.
+    // The domain that the constructor was given, such as AF_INET.
     int domain() const { return domain_; }
+    // The type that it was given, such as SOCK_DGRAM.
     int type() const { return type_; }
+    // The protocol that it was given.
     int protocol() const { return protocol_; }
+    // The port that it was given, in network byte order.
     int port() const { return port_; }
     // 0 before initialize, -1 after one that failed.
     int descriptor() const { return descriptor_; }
@@ -77,6 +80,7 @@ class KFL_EXPORT IPCSocket : public CommunicationSocket {
     // null. Kept on purpose: an empty path is handed on, and is a nameless address without a file.
     bool bind() override;
 
+    // The pointer that the constructor was given.
     const char* path() const { return path_; }
 
   private:

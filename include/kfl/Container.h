@@ -71,8 +71,11 @@ class KFL_EXPORT Container {
     unsigned int elementSize() const { return elementSize_; }
 
   protected:
+    // The storage, from array new, or null.
     char* data_;
+    // Elements in the storage.
     unsigned int capacity_;
+    // Bytes per element.
     unsigned int elementSize_;
 };
 

@@ -2,6 +2,7 @@
 //
 // A program that links libkfl.so defines all three, or links the static library kfl-host, which
 // holds ready definitions (events to syslog, texts in per-thread storage, the program's own name).
+// Tests of a host may link kfl-recording-host instead (kfl/RecordingHost.h).
 //
 // Process functions report a failed exec from the child that they forked: there, too, Parms and
 // genSyslogEvent are called, and exit(127) then runs the host's exit handlers in that child.

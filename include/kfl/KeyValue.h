@@ -19,6 +19,7 @@ namespace kfl {
 // counts as empty).
 class KFL_EXPORT KeyValuePair : public SObject {
   public:
+    // Copies both texts.
     KeyValuePair(char* key, char* value);
     virtual ~KeyValuePair();
 
@@ -35,14 +36,16 @@ class KFL_EXPORT KeyValuePair : public SObject {
 // counts as empty).
 class KFL_EXPORT NameValuePair : public Protectable {
   public:
-    // Both strings have room for 100 more characters.
+    // Copies both texts; both strings have room for 100 more characters.
     NameValuePair(const char* name, const char* value);
     virtual ~NameValuePair();
 
     NameValuePair(const NameValuePair&) = delete;
     NameValuePair& operator=(const NameValuePair&) = delete;
 
+    // What the pair is about.
     kfl::AString name;
+    // What it says.
     kfl::AString value;
 };
 

@@ -14,6 +14,7 @@
 
 #include "kfl/export.h"
 
+// The pools, the blocks that are free, and the counts of those in use.
 class KFL_EXPORT LocalHeap {
   public:
     // When pools are made. With any other value the first allocation makes the only pool.

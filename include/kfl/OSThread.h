@@ -16,11 +16,11 @@
 //         thread.destroy();  // asks it to stop and waits for its end
 //     }
 //
-// The request to stop is a signal of a condition, not a flag. The worker holds the mutex from
-// threadHasStarted to threadIsStopping, except while it waits in isRequestedToStop, so a request
-// cannot fall into a piece of work; but one that falls into the moment when a wait has just timed
-// out, or in before threadHasStarted, is lost, and destroy then waits until the worker ends of its
-// own accord. Kept on purpose.
+// Kept on purpose: the request to stop is a signal of a condition, not a flag. The worker holds the
+// mutex from threadHasStarted to threadIsStopping, except while it waits in isRequestedToStop, so a
+// request cannot fall into a piece of work; but one that falls into the moment when a wait has just
+// timed out, or in before threadHasStarted, is lost, and destroy then waits until the worker ends
+// of its own accord.
 //
 // A thread's id is good for osJoinThread from its creation to its join. It is the thread's handle
 // (pthread_t) where a handle has 32 bits, and a small positive number where it is wider. A thread

@@ -52,6 +52,7 @@ class KFL_EXPORT ProtectionElement {
     // object that it holds already, is safe. The other handle is read once, at the start: it may
     // itself be destroyed by the release of the old object.
     ProtectionElement& operator=(const ProtectionElement& other);
+    // The same for an object, or for null.
     ProtectionElement& operator=(Protectable* object);
 
     // The object held, or null.

@@ -12,6 +12,7 @@
 
 #include "kfl/export.h"
 
+// Has no state of its own; there is no need for an object.
 class KFL_EXPORT RandomNumberGenerator {
   public:
     RandomNumberGenerator();

@@ -40,6 +40,7 @@
 namespace kfl {
 namespace AES {
 
+// One key with its schedule, and the chain block that its calls carry on.
 class KFL_EXPORT Rijndael {
   public:
     // The chaining modes. Any other number counts as modeECB.
@@ -61,14 +62,16 @@ class KFL_EXPORT Rijndael {
     // Requires: `chain` holds `blockSize` bytes; it is not checked. _nullchain gives zeros.
     void makeKey(const char* key, const char* chain, int keyLength, int blockSize);
 
-    // Enciphers or deciphers the 16 bytes at `in` to `result`, which may be the same.
+    // Enciphers the 16 bytes at `in` to `result`, which may be the same.
     // Kept on purpose: the block size is not looked at. Requires: a key made for 16-byte blocks.
     void DefEncryptBlock(const char* in, char* result);
+    // The inverse, under the same rules.
     void DefDecryptBlock(const char* in, char* result);
 
-    // Enciphers or deciphers one block of the key's block size, chain left alone; `in` and `result`
-    // may be the same.
+    // Enciphers one block of the key's block size, chain left alone; `in` and `result` may be the
+    // same.
     void encryptBlock(const char* in, char* result);
+    // The inverse.
     void decryptBlock(const char* in, char* result);
 
     // Enciphers `n` bytes from `in` to `result` and moves the chain on. Two calls for the halves of
@@ -100,33 +103,45 @@ class KFL_EXPORT Rijndael {
     int blockBytes() const { return keyInitialized ? blockSize : 0; }
     // Rounds of a block: 10, 12 or 14.
     int roundCount() const { return keyInitialized ? rounds : 0; }
-    // The chain block given to makeKey, and the running one: blockBytes() bytes of the object.
+    // The chain block given to makeKey: blockBytes() bytes of the object.
     const char* firstChain() const { return initialChain; }
+    // The running chain block, as long.
     const char* currentChain() const { return chain; }
 
     // The tables of the cipher's arithmetic in GF(2^8), where bytes are polynomials over the bits,
     // reduced by 0x11B. A word's bytes are given here the most significant first.
 
-    // The powers of the generator 3, and the exponent of each byte (0 for 0 and 1).
+    // The powers of the generator 3.
     static const int _alog[256];
+    // The exponent of each byte (0 for 0 and 1).
     static const int _log[256];
-    // The substitution of bytes and its inverse.
+    // The substitution of bytes.
     static const unsigned char _S[256];
+    // Its inverse.
     static const unsigned char _Si[256];
-    // Substitution and column mixing of one byte: (2 S, S, S, 3 S), each rotated right by 8 more.
+    // Substitution and column mixing of one byte in row 0 of a column: (2 S, S, S, 3 S).
     static const unsigned int _T1[256];
+    // The same for row 1: rotated right by 8.
     static const unsigned int _T2[256];
+    // For row 2: by 16.
     static const unsigned int _T3[256];
+    // For row 3: by 24.
     static const unsigned int _T4[256];
-    // The same for deciphering: (14 Si, 9 Si, 13 Si, 11 Si).
+    // For deciphering, row 0: (14 Si, 9 Si, 13 Si, 11 Si).
     static const unsigned int _T5[256];
+    // For row 1: rotated right by 8.
     static const unsigned int _T6[256];
+    // For row 2: by 16.
     static const unsigned int _T7[256];
+    // For row 3: by 24.
     static const unsigned int _T8[256];
-    // Inverse column mixing alone: (14 x, 9 x, 13 x, 11 x).
+    // Inverse column mixing alone, row 0: (14 x, 9 x, 13 x, 11 x).
     static const unsigned int _U1[256];
+    // For row 1: rotated right by 8.
     static const unsigned int _U2[256];
+    // For row 2: by 16.
     static const unsigned int _U3[256];
+    // For row 3: by 24.
     static const unsigned int _U4[256];
     // The round constants: the powers of 2.
     static const unsigned char _rcon[30];
@@ -134,8 +149,9 @@ class KFL_EXPORT Rijndael {
     // enciphering and in deciphering.
     static const int _shifts[3][4][2];
 
-    // The texts of two reports.
+    // The text of the report that there is no key.
     static const char* const _ErrorMsg1;
+    // The text of the report that data are no whole blocks.
     static const char* const _ErrorMsg2;
     // 32 zero bytes, for callers that want a chain of zeros.
     static const char* const _nullchain;

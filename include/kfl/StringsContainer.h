@@ -22,6 +22,7 @@ class KFL_EXPORT StringsContainer {
 
     // Kept on purpose: 0 is success, 1 says that the list is full.
     int addString(char* text);
+    // The texts that are in the list.
     unsigned int getNumberOfStrings();
     // The text at position `index`; null for 0 and past the capacity.
     // Kept on purpose: between the number of strings and the capacity it returns what that place

@@ -24,9 +24,9 @@ class VoidPtrCollection;
 // after an insertion or removal, start() or end() sets it anew.
 class KFL_EXPORT VoidPtrIterator {
   public:
-    // Stands on the first item of `walked`, through the virtual start(). A null pointer gives a
-    // cursor on nothing.
+    // Stands on the first item of `walked`, through the virtual start().
     VoidPtrIterator(kfl::VoidPtrCollection& walked);
+    // The same; a null pointer gives a cursor on nothing.
     VoidPtrIterator(kfl::VoidPtrCollection* walked);
 
     // The index of the current item.

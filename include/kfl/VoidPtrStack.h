@@ -28,6 +28,7 @@ class KFL_EXPORT VoidPtrStack {
     int capacity() const { return capacity_; }
     // Items and failed pushes that pop() would give.
     int size() const { return top_ + 1; }
+    // True when pop() has nothing to give.
     bool empty() const { return top_ < 0; }
 
   private:

@@ -44,6 +44,7 @@ namespace kfl {
 // Reads a string's characters.
 class KFL_EXPORT AStringInputStream : public DataInputStream {
   public:
+    // Reads `s` from its first character on.
     AStringInputStream(kfl::AString& s);
     virtual ~AStringInputStream();
 
@@ -59,6 +60,7 @@ class KFL_EXPORT AStringInputStream : public DataInputStream {
 // Appends to a string, through its virtual operations.
 class KFL_EXPORT AStringOutputStream : public DataOutputStream {
   public:
+    // Writes to the end of `s`.
     AStringOutputStream(kfl::AString& s);
     virtual ~AStringOutputStream();
 
@@ -77,6 +79,7 @@ class KFL_EXPORT AStringOutputStream : public DataOutputStream {
 // Reads an array of bytes.
 class KFL_EXPORT BufferInputStream : public DataInputStream {
   public:
+    // Reads the `length` bytes at `data`.
     BufferInputStream(const char* data, unsigned int length);
     virtual ~BufferInputStream();
 

@@ -1,130 +1,21 @@
 // The ordered collections beside a plain model: long random scripts, and every short one.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
 #include "tests/collections/kinds.h"
-#include "tests/collections/ordered_collection_model.h"
+#include "tests/collections/ordered_collection_pair.h"
 #include "tests/support/seed.h"
 
 namespace kfl_test {
 namespace {
 
-// A collection with two cursors and its model, which are always told the same.
-template <class Kind>
-class Pair {
-  public:
-    using Item = typename Kind::Item;
-    using List = typename Kind::List;
-    using Model = OrderedCollectionModel<Item>;
-
-    explicit Pair(unsigned int capacity) : list_(capacity), model_(capacity) {}
-
-    void add(Item item) { same(list_.add(item), model_.add(item)); }
-    void insertAt(unsigned int index, Item item) {
-        same(list_.insertAt(index, item), model_.insertAt(index, item));
-    }
-    void removeAt(unsigned int index) { same(list_.removeAt(index), model_.removeAt(index)); }
-    void removeSame(Item item) { same(list_.removeSame(item), model_.removeSame(item)); }
-    void replaceAt(unsigned int index, Item item) {
-        same(list_.replaceAt(index, item), model_.replaceAt(index, item));
-    }
-    void replaceSame(Item item, Item other) {
-        same(list_.replaceSame(item, other), model_.replaceSame(item, other));
-    }
-    void find(Item item) {
-        same(list_.findSame(item), model_.findSame(item));
-        agree(list_.indexOfSame(item) == model_.indexOfSame(item));
-    }
-    void idAt(unsigned int index) { same(list_.idAt(index), model_.idAt(index)); }
-    void ends() {
-        same(list_.first(), model_.first());
-        same(list_.last(), model_.last());
-    }
-    void forget() { Kind::forget(list_), model_.forget(); }
-    void expandTo(unsigned int capacity) { list_.expandTo(capacity), model_.expandTo(capacity); }
-    void start(int which) { same(list_.start(its_[which]), model_.start(modelIts_[which])); }
-    void end(int which) { same(list_.end(its_[which]), model_.end(modelIts_[which])); }
-    void next(int which) { same(list_.next(its_[which]), model_.next(modelIts_[which])); }
-    void prev(int which) { same(list_.prev(its_[which]), model_.prev(modelIts_[which])); }
-
-    // The collection alone.
-    List& list() { return list_; }
-    unsigned int count() const { return model_.count(); }
-    unsigned int capacity() const { return static_cast<unsigned int>(model_.slots().size()); }
-
-    // Whether results, slots, count, capacity and both cursors have agreed so far.
-    bool agrees() {
-        agree(list_.count() == model_.count());
-        agree(list_.capacity() == capacity());
-        agree((list_.data() == nullptr) == model_.slots().empty());
-        if (agreed_) agree(std::equal(model_.slots().begin(), model_.slots().end(), list_.data()));
-        for (int i = 0; i < 2; ++i) {
-            agree(its_[i].position == modelIts_[i].position);
-            agree(its_[i].current == modelIts_[i].current);
-        }
-        return agreed_;
-    }
-
-  private:
-    void agree(bool equal) { agreed_ = agreed_ && equal; }
-    void same(Item actual, Item expected) { agree(actual == expected); }
-
-    List list_;
-    Model model_;
-    typename Kind::Cursor its_[2] = {{list_}, {list_}};
-    typename Model::Cursor modelIts_[2];
-    bool agreed_ = true;
-};
-
 template <class Kind>
 class OrderedCollectionModelTest : public testing::Test {
   protected:
     using Item = typename Kind::Item;
-    using Tested = Pair<Kind>;
-
-    // One of a few items, so that most are there several times; at times null.
-    static Item anyItem(Random& random) {
-        return random.oneIn(6) ? nullptr : thing(random.below(12));
-    }
-
-    // An index inside, at the end, or a little or far past it.
-    static unsigned int anyIndex(Random& random, unsigned int count) {
-        if (random.oneIn(20)) return random();
-        return random.below(count + 2);
-    }
-
-    static void change(Random& random, Tested& pair) {
-        const Item item = anyItem(random);
-        const unsigned int index = anyIndex(random, pair.count());
-        switch (random.below(8)) {
-            case 0:
-            case 1: pair.add(item); break;
-            case 2: pair.insertAt(index, item); break;
-            case 3: pair.removeAt(index); break;
-            case 4: pair.removeSame(item); break;
-            case 5: pair.replaceAt(index, item); break;
-            case 6: pair.replaceSame(item, anyItem(random)); break;
-            default:
-                if (random.oneIn(30)) pair.forget();
-        }
-    }
-
-    static void look(Random& random, Tested& pair) {
-        const int which = static_cast<int>(random.below(2));
-        switch (random.below(8)) {
-            case 0: pair.start(which); break;
-            case 1: pair.end(which); break;
-            case 2: pair.next(which), pair.next(which); break;
-            case 3: pair.next(which); break;
-            case 4: pair.prev(which), pair.prev(which); break;
-            case 5: pair.prev(which); break;
-            case 6: pair.find(anyItem(random)), pair.ends(); break;
-            default: pair.idAt(anyIndex(random, pair.count()));
-        }
-    }
+    using Tested = CollectionPair<Kind>;
 
     // `capacity` gives the next capacity to set, where one is to be set.
     template <class Capacity>
@@ -164,8 +55,8 @@ TYPED_TEST(OrderedCollectionModelTest, ScriptsThatShrinkBelowTheCountAgree) {
 
 TYPED_TEST(OrderedCollectionModelTest, GrowthAgreesOverManyItems) {
     for (unsigned int capacity = 0; capacity < 20; ++capacity) {
-        Pair<TypeParam> added(capacity);
-        Pair<TypeParam> inserted(capacity);
+        CollectionPair<TypeParam> added(capacity);
+        CollectionPair<TypeParam> inserted(capacity);
         for (unsigned int i = 0; i < 300; ++i) {
             added.add(thing(i % thingCount));
             inserted.insertAt(i / 2, thing(i % thingCount));
@@ -179,7 +70,7 @@ TYPED_TEST(OrderedCollectionModelTest, GrowthAgreesOverManyItems) {
 template <class Kind>
 class AllShortScripts {
   public:
-    using Step = void (*)(Pair<Kind>&);
+    using Step = void (*)(CollectionPair<Kind>&);
 
     AllShortScripts(unsigned int capacity, const std::vector<Step>& steps)
         : capacity_(capacity), steps_(steps) {}
@@ -196,7 +87,7 @@ class AllShortScripts {
         for (unsigned int step = 0; step < steps_.size(); ++step) {
             script_[length] = step;
             length_ = length + 1;
-            Pair<Kind> pair(capacity_);
+            CollectionPair<Kind> pair(capacity_);
             for (unsigned int i = 0; i < length_; ++i) steps_[script_[i]](pair);
             ++scripts_;
             if (!pair.agrees()) return false;
@@ -219,7 +110,7 @@ class AllShortScripts {
 };
 
 TYPED_TEST(OrderedCollectionModelTest, AllShortScriptsOfChangesAgree) {
-    using P = Pair<TypeParam>;
+    using P = CollectionPair<TypeParam>;
     for (const unsigned int capacity : {0U, 2U}) {
         AllShortScripts<TypeParam> all(
             capacity,
@@ -234,7 +125,7 @@ TYPED_TEST(OrderedCollectionModelTest, AllShortScriptsOfChangesAgree) {
 }
 
 TYPED_TEST(OrderedCollectionModelTest, AllShortScriptsOfCursorsAgree) {
-    using P = Pair<TypeParam>;
+    using P = CollectionPair<TypeParam>;
     AllShortScripts<TypeParam> all(
         3, {[](P& pair) { pair.add(thing(0)); }, [](P& pair) { pair.insertAt(0, thing(1)); },
             [](P& pair) { pair.removeAt(0); }, [](P& pair) { pair.start(0); },
@@ -250,13 +141,13 @@ TYPED_TEST(OrderedCollectionModelTest, ADisagreementIsSeen) {
         [](auto& list) { list.add(thing(2)); }, [](auto& list) { list.replaceAt(0, thing(2)); },
         [](auto& list) { list.removeAt(1); }, [](auto& list) { list.expandTo(11); }};
     for (const Change disturb : changes) {
-        Pair<TypeParam> pair(10);
+        CollectionPair<TypeParam> pair(10);
         pair.add(thing(0)), pair.add(thing(1)), pair.start(0);
         EXPECT_TRUE(pair.agrees());
         disturb(pair.list());
         EXPECT_FALSE(pair.agrees());
     }
-    Pair<TypeParam> pair(10);
+    CollectionPair<TypeParam> pair(10);
     pair.add(thing(0));
     pair.list().replaceAt(0, nullptr);
     pair.ends();

@@ -6,10 +6,12 @@
 #include <vector>
 
 #include "kfl/AString.h"
+#include "tests/core/lines_model.h"
 #include "tests/support/seed.h"
 
 using kfl::AString;
 using kfl::AStringIterator;
+using kfl_test::modelLines;
 
 namespace {
 
@@ -166,29 +168,6 @@ TEST(AStringIteratorTest, CannotBeCopied) {
     EXPECT_FALSE(std::is_copy_constructible<AStringIterator>::value);
     EXPECT_FALSE(std::is_copy_assignable<AStringIterator>::value);
     EXPECT_FALSE(std::is_polymorphic<AStringIterator>::value);
-}
-
-// What the lines of a text are, found in another way: the carriage returns go first, then the text
-// is cut at line feeds and NULs, then each line into pieces.
-Lines modelLines(const std::string& text, std::size_t lineSize) {
-    Lines result;
-    std::size_t at = 0;
-    while (at < text.size() && text[at] != '\0') {
-        std::size_t end = text.find_first_of(std::string("\n\0", 2), at);
-        const bool lineFeed = end != std::string::npos && text[end] == '\n';
-        if (end == std::string::npos) end = text.size();
-        std::string line;
-        for (std::size_t i = at; i < end; ++i)
-            if (text[i] != '\r') line += text[i];
-        if (lineFeed) line += '\n';
-        at = end + 1;
-        while (line.size() > lineSize) {
-            result.push_back(line.substr(0, lineSize));
-            line.erase(0, lineSize);
-        }
-        result.push_back(line);
-    }
-    return result;
 }
 
 // Every text of up to six characters of this alphabet, with every line size that matters.

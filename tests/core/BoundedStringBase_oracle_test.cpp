@@ -3,13 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cstdarg>
-#include <cstdio>
 #include <string>
 #include <vector>
 
 #include "kfl/BoundedStringBase.h"
 #include "tests/core/format_model.h"
+#include "tests/core/library_format.h"
 #include "tests/core/random_formats.h"
 #include "tests/support/seed.h"
 
@@ -22,16 +21,6 @@ using kfl_test::Random;
 using kfl_test::RandomArguments;
 
 using B = BoundedStringBase;
-
-// The C library in makeString's terms: the number of characters stored.
-__attribute__((format(printf, 3, 4))) int libraryFormat(char* buf, unsigned int size,
-                                                        const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    const int whole = std::vsnprintf(buf, std::size_t{size} + 1, format, arguments);
-    va_end(arguments);
-    return whole < 0 || static_cast<unsigned int>(whole) < size ? whole : static_cast<int>(size);
-}
 
 // What a formatter stored, and what it returned.
 struct Outcome {
@@ -79,7 +68,7 @@ TEST(BoundedStringBaseOracleTest, AgreesWithTheCLibraryWhereTheRulesAreTheSame) 
         RandomArguments arguments(random, true, nonZero);
         const std::string model = ModelFormatter(size, format, arguments).run();
         const Outcome ours = outcomeOf(&B::format, size, format, arguments);
-        const Outcome theirs = outcomeOf(&libraryFormat, size, format, arguments);
+        const Outcome theirs = outcomeOf(&kfl_test::libraryFormat, size, format, arguments);
         ASSERT_EQ(ours.text, theirs.text) << shown(size, format, arguments);
         ASSERT_EQ(ours.stored, theirs.stored) << shown(size, format, arguments);
         ASSERT_EQ(model, theirs.text) << shown(size, format, arguments);

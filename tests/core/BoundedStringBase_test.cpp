@@ -14,6 +14,7 @@
 
 #include "tests/core/format_model.h"
 #include "tests/core/random_formats.h"
+#include "tests/support/guarded_page.h"
 #include "tests/support/seed.h"
 
 namespace {
@@ -340,28 +341,8 @@ TEST(BoundedStringBaseTest, AHugePrecisionOfATextIsNoBound) {
     EXPECT_STREQ(buf, "abc");
 }
 
-// A page that ends where nothing may be written any more.
-class GuardedPage {
-  public:
-    GuardedPage() : page_(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))) {
-        start_ =
-            mmap(nullptr, 2 * page_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (start_ != MAP_FAILED) mprotect(static_cast<char*>(start_) + page_, page_, PROT_NONE);
-    }
-    ~GuardedPage() { munmap(start_, 2 * page_); }
-    GuardedPage(const GuardedPage&) = delete;
-    GuardedPage& operator=(const GuardedPage&) = delete;
-
-    bool isReady() const { return start_ != MAP_FAILED; }
-    char* last(std::size_t bytes) const { return static_cast<char*>(start_) + page_ - bytes; }
-
-  private:
-    std::size_t page_;
-    void* start_;
-};
-
 TEST(BoundedStringBaseTest, NeverTouchesWhatLiesBehindItsBytes) {
-    const GuardedPage page;
+    const kfl_test::GuardedPage page;
     ASSERT_TRUE(page.isReady());
     kfl_test::Random random;
     const int count = kfl_test::rounds(20000);
@@ -382,7 +363,7 @@ TEST(BoundedStringBaseTest, NeverTouchesWhatLiesBehindItsBytes) {
 }
 
 TEST(BoundedStringBaseTest, NumberNeverTouchesItsEnd) {
-    const GuardedPage page;
+    const kfl_test::GuardedPage page;
     ASSERT_TRUE(page.isReady());
     kfl_test::Random random;
     for (int i = 0; i < 20000; ++i) {

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "tests/core/format_model.h"
-#include "tests/support/seed.h"
+#include "tests/support/choices.h"
 
 namespace kfl_test {
 
@@ -29,7 +29,7 @@ class RandomArguments : public ArgumentSource {
   public:
     // With `tame` there is nothing that the C library's functions handle otherwise: no null text,
     // no negative precision, no huge width, and no 0 with `nonZero`.
-    RandomArguments(Random& random, bool tame, bool nonZero)
+    RandomArguments(Choices& random, bool tame, bool nonZero)
         : random_(random), tame_(tame), nonZero_(nonZero) {}
 
     int width() override {
@@ -119,7 +119,7 @@ class RandomArguments : public ArgumentSource {
         return static_cast<long>(value);
     }
 
-    Random& random_;
+    Choices& random_;
     bool tame_;
     bool nonZero_;
     std::vector<Argument> arguments_;
@@ -150,11 +150,11 @@ int callWith(Formatter function, char* buf, unsigned int size, const char* forma
     std::abort();
 }
 
-inline char oneOf(Random& random, const char* characters) {
+inline char oneOf(Choices& random, const char* characters) {
     return characters[random.below(static_cast<std::uint32_t>(std::strlen(characters)))];
 }
 
-inline std::string plainText(Random& random) {
+inline std::string plainText(Choices& random) {
     std::string text;
     const std::uint32_t length = random.below(random.oneIn(8) ? 60 : 6);
     while (text.size() < length) text += static_cast<char>('&' + random.below(80));
@@ -162,7 +162,7 @@ inline std::string plainText(Random& random) {
 }
 
 // Anything at all between "%" and a conversion, and conversions that are none.
-inline std::string anyFormat(Random& random) {
+inline std::string anyFormat(Choices& random) {
     std::string format = plainText(random);
     const std::uint32_t directives = 1 + random.below(4);
     for (std::uint32_t i = 0; i < directives; ++i) {
@@ -187,7 +187,7 @@ inline std::string anyFormat(Random& random) {
 
 // A format that the C library's functions read in the same way. `nonZero` is set where they agree
 // only for numbers other than 0.
-inline std::string commonFormat(Random& random, bool& nonZero) {
+inline std::string commonFormat(Choices& random, bool& nonZero) {
     std::string format = plainText(random);
     std::size_t arguments = 0;
     nonZero = false;

@@ -1,265 +1,29 @@
 // Random operations on three buffers, beside plain models of them.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstdint>
 #include <ostream>
 #include <vector>
 
-#include "kfl/Buffer.h"
+#include "tests/memory/buffer_model.h"
 #include "tests/support/seed.h"
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
+using kfl_test::BufferPair;
+using kfl_test::freshPair;
+using kfl_test::pick;
 using kfl_test::Random;
-
-// What a byte is that nobody has written since its block was made.
-constexpr unsigned char fresh = 0xEE;
-
-// The rules of Buffer, in numbers that do not wrap.
-struct Model {
-    Model(unsigned maxSize_, unsigned increment_)
-        : maxSize(maxSize_), increment(increment_), block(maxSize_ + 1, fresh) {}
-
-    void resize(std::int64_t size) {
-        maxSize = size;
-        block.resize(static_cast<std::size_t>(written));
-        block.resize(static_cast<std::size_t>(size) + 1, fresh);
-    }
-    void growFor(std::int64_t count) {
-        const std::int64_t excess = written + count - maxSize;
-        if (excess > 0 && increment > 0) resize(maxSize + increment * (excess % increment + 1));
-    }
-    std::int64_t unread() const { return std::max<std::int64_t>(written - position, 0); }
-    // How often a one-location operation turns.
-    static std::int64_t turns(std::int64_t count) {
-        const std::int64_t low = count & 0xFFFF;
-        return low < 0x8000 ? low : 0;
-    }
-
-    Bytes read(std::int64_t count) {
-        const auto begin = block.begin() + static_cast<std::ptrdiff_t>(position);
-        const Bytes taken(begin, begin + static_cast<std::ptrdiff_t>(std::min(unread(), count)));
-        position += static_cast<std::int64_t>(taken.size());
-        return taken;
-    }
-    std::int64_t write(const Bytes& bytes) {
-        growFor(static_cast<std::int64_t>(bytes.size()));
-        const std::int64_t fit =
-            std::min(maxSize - written, static_cast<std::int64_t>(bytes.size()));
-        std::copy_n(bytes.begin(), fit, block.begin() + static_cast<std::ptrdiff_t>(written));
-        written += fit;
-        return fit;
-    }
-    void assign(const Model& other) {
-        const Bytes bytes(other.block.begin(),
-                          other.block.begin() + static_cast<std::ptrdiff_t>(other.written));
-        increment = other.increment;
-        position = written = 0;
-        resize(other.maxSize);
-        std::copy(bytes.begin(), bytes.end(), block.begin());
-        written = static_cast<std::int64_t>(bytes.size());
-    }
-    void append(const Model& other) {
-        const Bytes bytes(other.block.begin(),
-                          other.block.begin() + static_cast<std::ptrdiff_t>(other.written));
-        if (written + other.written > maxSize) resize(written + other.written);
-        std::copy(bytes.begin(), bytes.end(), block.begin() + static_cast<std::ptrdiff_t>(written));
-        written += static_cast<std::int64_t>(bytes.size());
-    }
-    bool operator==(const Model& other) const {
-        return written == other.written &&
-               std::equal(block.begin(), block.begin() + static_cast<std::ptrdiff_t>(written),
-                          other.block.begin());
-    }
-
-    std::int64_t maxSize, increment;
-    std::int64_t position = 0;
-    std::int64_t written = 0;
-    Bytes block;  // with the spare byte
-};
-
-// A buffer and its model, which do everything together.
-class Pair {
-  public:
-    Pair(Random& random, unsigned maxSize, unsigned increment)
-        : random_(random), buffer(maxSize, increment), model(maxSize, increment) {
-        refresh();
-    }
-    Pair(const Pair& other) : random_(other.random_), buffer(other.buffer), model(0, 0) {
-        model.assign(other.model);
-        refresh();
-    }
-
-    void write(unsigned count) {
-        Bytes bytes(count);
-        for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(random_());
-        expectResult(model.write(bytes), buffer.Write(bytes.data(), count));
-    }
-    void read(unsigned count) {
-        Bytes bytes(count);
-        const unsigned k = buffer.Read(bytes.data(), count);
-        ASSERT_LE(k, count);
-        bytes.resize(k);
-        EXPECT_EQ(bytes, model.read(count));
-    }
-    void writeOneLocation(unsigned count) {
-        unsigned char byte = static_cast<unsigned char>(random_());
-        model.growFor(count);
-        const std::int64_t k = std::min<std::int64_t>(model.maxSize - model.written, count);
-        model.write(Bytes(static_cast<std::size_t>(Model::turns(k)), byte));
-        expectResult(k, buffer.OneLocationWrite(&byte, count));
-    }
-    void readOneLocation(unsigned count) {
-        unsigned char byte = 0x55;
-        const std::int64_t k = std::min<std::int64_t>(model.unread(), count);
-        const Bytes taken = model.read(Model::turns(k));
-        expectResult(k, buffer.OneLocationRead(&byte, count));
-        EXPECT_EQ(byte, taken.empty() ? 0x55 : taken.back());
-    }
-    void unread(unsigned count) {
-        buffer.Unread(count);
-        model.position = std::max<std::int64_t>(model.position - count, 0);
-    }
-    void unwrite(unsigned count) {
-        buffer.Unwrite(count);
-        model.written = std::max<std::int64_t>(model.written - count, 0);
-        model.position = std::min(model.position, model.written);
-    }
-    void reset() {
-        buffer.Reset();
-        model.position = 0;
-    }
-    void clear() {
-        buffer.Clear();
-        model.position = model.written = 0;
-    }
-    void setWriteCount(unsigned count) {
-        buffer.SetWriteCount(count);
-        if (count <= model.maxSize) model.written = count;
-    }
-    void setByte(unsigned index, unsigned char value) {
-        buffer[index] = value;
-        model.block[static_cast<std::size_t>(std::min<std::int64_t>(index, model.maxSize))] = value;
-    }
-    void assign(const Pair& other) {
-        buffer = other.buffer;
-        model.assign(other.model);
-        if (this == &other) std::fill_n(model.block.begin(), model.written, 0);
-        refresh();
-    }
-    void append(const Pair& other) {
-        buffer += other.buffer;
-        model.append(other.model);
-        refreshIfGrown();
-    }
-    void moveTo(Pair& dest, Pair& bystander, unsigned count) {
-        const std::int64_t before = model.position;
-        const Bytes bytes = model.read(count);
-        const std::int64_t moved = dest.model.write(bytes);
-        model.position = before + moved;
-        EXPECT_EQ(bystander.buffer.ReadWrite(dest.buffer, buffer, count), moved);
-        dest.refreshIfGrown();
-    }
-    void expectSame(Pair& other) { EXPECT_EQ(buffer == other.buffer, model == other.model); }
-
-    void check(bool bytesToo) {
-        ASSERT_EQ(buffer.MaxSize(), model.maxSize);
-        ASSERT_EQ(buffer.growthIncrement(), model.increment);
-        ASSERT_EQ(buffer.Size(), model.written);
-        ASSERT_EQ(buffer.readPosition(), model.position);
-        ASSERT_EQ(buffer.unread(), model.unread());
-        ASSERT_EQ(buffer.bytes() == nullptr, model.maxSize == 0);
-        if (!buffer.bytes() || !bytesToo) return;
-        ASSERT_TRUE(std::equal(model.block.begin(), model.block.end(), buffer.bytes()));
-    }
-    std::int64_t maxSize() const { return model.maxSize; }
-
-  private:
-    void expectResult(std::int64_t expected, unsigned result) {
-        EXPECT_EQ(result, expected);
-        refreshIfGrown();
-    }
-    // Gives the bytes that nobody has written yet the value that they have in the model.
-    void refresh() {
-        knownSize_ = model.maxSize;
-        if (model.maxSize == 0) return;
-        for (std::int64_t i = model.written; i <= model.maxSize; ++i) {
-            model.block[static_cast<std::size_t>(i)] = fresh;
-            buffer[static_cast<unsigned>(i)] = fresh;
-        }
-    }
-    void refreshIfGrown() {
-        if (model.maxSize != knownSize_) refresh();
-    }
-
-    Random& random_;
-    Buffer buffer;
-    Model model;
-    std::int64_t knownSize_ = 0;
-};
-
-unsigned pick(Random& random, std::initializer_list<unsigned> choices) {
-    return choices.begin()[random.below(static_cast<std::uint32_t>(choices.size()))];
-}
-
-Pair freshPair(Random& random) {
-    return {random, pick(random, {0, 1, 5, 10, 64, 300}), pick(random, {0, 1, 2, 3, 4, 7, 16})};
-}
-
-unsigned anyCount(Random& random) {
-    switch (random.below(12)) {
-        case 0: return 0;
-        case 1: return random.below(200);
-        default: return random.below(24);
-    }
-}
-
-void step(Random& random, std::vector<Pair>& pairs) {
-    const auto any = [&]() -> Pair& {
-        return pairs[random.below(static_cast<std::uint32_t>(pairs.size()))];
-    };
-    Pair& pair = any();
-    Pair& other = any();
-    const unsigned count = anyCount(random);
-    switch (random.below(20)) {
-        case 0:
-        case 1:
-        case 2:
-        case 3: return pair.write(count);
-        case 4:
-        case 5:
-        case 6: return pair.read(count);
-        case 7: return pair.writeOneLocation(count);
-        case 8: return pair.readOneLocation(count);
-        case 9: return pair.unread(random.oneIn(9) ? ~count : count);
-        case 10: return pair.unwrite(random.oneIn(9) ? ~count : count);
-        case 11: return random.oneIn(3) ? pair.clear() : pair.reset();
-        case 12: return pair.setWriteCount(random.oneIn(9) ? ~count : count);
-        case 13: return pair.setByte(random.oneIn(9) ? ~count : count, 'x');
-        case 14: return pair.assign(other);
-        case 15: return pair.append(other);
-        case 16:
-        case 17: return pair.moveTo(other, any(), count);
-        case 18: return pair.expectSame(other);
-        default: {
-            // A block never shrinks, so now and then a buffer starts over; else it is copied.
-            const Pair next = random.oneIn(2) || pair.maxSize() > 5000 ? freshPair(random) : other;
-            return pair.assign(next);
-        }
-    }
-}
+using kfl_test::takeBufferStep;
 
 TEST(BufferModelTest, ThreeBuffersFollowTheirModels) {
     Random random;
     for (int round = 0; round < 200; ++round) {
-        std::vector<Pair> pairs;
+        std::vector<BufferPair> pairs;
         for (int i = 0; i < 3; ++i) pairs.push_back(freshPair(random));
         for (int i = 0; i < 300; ++i) {
             SCOPED_TRACE(testing::Message() << "round " << round << ", step " << i);
-            step(random, pairs);
-            for (Pair& pair : pairs) pair.check(i % 8 == 0);
+            takeBufferStep(random, pairs);
+            for (BufferPair& pair : pairs) pair.check(i % 8 == 0);
             if (testing::Test::HasFailure()) return;
         }
     }
@@ -270,12 +34,12 @@ TEST(BufferModelTest, LargeBuffersFollowTheirModels) {
     Random random;
     const auto size = [&] { return pick(random, {100, 32767, 32768, 40000, 65535, 65537, 70000}); };
     for (int round = 0; round < 10; ++round) {
-        std::vector<Pair> pairs;
+        std::vector<BufferPair> pairs;
         for (int i = 0; i < 2; ++i)
             pairs.emplace_back(random, size(), pick(random, {0, 1, 100, 300}));
         for (int i = 0; i < 25; ++i) {
             SCOPED_TRACE(testing::Message() << "round " << round << ", step " << i);
-            Pair& pair = pairs[random.below(2)];
+            BufferPair& pair = pairs[random.below(2)];
             switch (random.below(7)) {
                 case 0: pair.setWriteCount(size()); break;
                 case 1: pair.writeOneLocation(size()); break;
@@ -285,7 +49,7 @@ TEST(BufferModelTest, LargeBuffersFollowTheirModels) {
                 case 5: pair.unwrite(size()); break;
                 default: pair.moveTo(pairs[0], pairs[1], size()); break;
             }
-            for (Pair& each : pairs) each.check(i % 8 == 0);
+            for (BufferPair& each : pairs) each.check(i % 8 == 0);
             if (testing::Test::HasFailure()) return;
         }
     }

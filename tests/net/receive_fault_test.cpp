@@ -238,6 +238,27 @@ TEST_F(ReceiveFaultTest, DoesNotReadWhenTheTimeHasPassed) {
     EXPECT_EQ(system_.names(), "recv select");
 }
 
+TEST_F(ReceiveFaultTest, CountsTheTimeLeftWhereSelectKeepsItToItself) {
+    for (const Answer& answer : {Answer{0}, Answer{1}, Answer{-1, EINTR}}) {
+        system_.recv = {{-1, EAGAIN}, {7}};
+        system_.select = {answer};
+        system_.clock = {{10, 900000000}, {12, 100000000}};
+        timeval limit = timeOf(5, 0);
+        receive(37, limit);
+        EXPECT_EQ(limit.tv_sec, 3) << answer.result;
+        EXPECT_EQ(limit.tv_usec, 800000) << answer.result;
+    }
+}
+
+TEST_F(ReceiveFaultTest, LeavesTheTimeAloneWhereAWaitWasRefused) {
+    system_.recv = {{-1, EAGAIN}};
+    system_.select = {{-1, EINVAL}};
+    system_.clock = {{10, 0}};
+    timeval limit = timeOf(5, 0);
+    EXPECT_EQ(receive(37, limit), -1);
+    EXPECT_EQ(limit.tv_sec, 5);
+}
+
 TEST_F(ReceiveFaultTest, ReportsWhySelectFailed) {
     for (const int error : {EINTR, ENOMEM, EBADF, EINVAL}) {
         system_.recv = {{-1, EAGAIN}};

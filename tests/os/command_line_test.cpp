@@ -4,37 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
+#include "tests/os/command_line_model.h"
 #include "tests/support/seed.h"
 
 namespace {
 
 using kfl::detail::CommandLine;
-using Words = std::vector<std::string>;
-
-Words wordsOf(const std::string& line) {
-    const CommandLine command(line.c_str());
-    Words words;
-    for (char* const* word = command.words(); *word; ++word) words.emplace_back(*word);
-    EXPECT_EQ(command.program(), command.words()[0]);
-    return words;
-}
-
-Words model(std::string line) {
-    line = line.substr(0, 200) + ' ';
-    Words words;
-    std::string word;
-    for (const char c : line) {
-        if (c != ' ') {
-            word += c;
-        } else if (!word.empty()) {
-            if (words.size() < 19) words.push_back(word);
-            word.clear();
-        }
-    }
-    return words;
-}
+using kfl_test::wordsOf;
+using Words = kfl_test::CommandWords;
 
 TEST(CommandLineTest, HasNoProgramWithoutAWord) {
     EXPECT_EQ(CommandLine("").program(), nullptr);
@@ -79,7 +57,7 @@ TEST(CommandLineTest, AgreesWithAModel) {
         const unsigned blanks = 1 + random.below(12);
         for (char& c : line)
             c = random.oneIn(blanks) ? ' ' : static_cast<char>('a' + random.below(26));
-        ASSERT_EQ(wordsOf(line), model(line)) << line;
+        ASSERT_EQ(wordsOf(line), kfl_test::modelWordsOf(line)) << line;
     }
 }
 

@@ -15,6 +15,8 @@
 #include <random>
 #include <string>
 
+#include "tests/support/choices.h"
+
 namespace kfl_test {
 
 // KFL_TEST_SEED, or a fixed number.
@@ -26,7 +28,7 @@ inline std::uint32_t seed() {
 
 // A generator for one test. While it lives, every failure of the test shows the seed; the test's
 // record in the XML report has it too.
-class Random {
+class Random : public Choices {
   public:
     // `stream` tells apart generators of one test that must not run in step.
     explicit Random(std::uint32_t stream = 0, const char* file = __builtin_FILE(),
@@ -36,17 +38,9 @@ class Random {
         testing::Test::RecordProperty("seed", std::to_string(seed()));
     }
 
-    // 32 random bits.
-    std::uint32_t operator()() { return static_cast<std::uint32_t>(engine_()); }
-    // A number from 0 to `limit` - 1; `limit` must not be 0.
-    std::uint32_t below(std::uint32_t limit) { return (*this)() % limit; }
-    // A number from `low` to `high`, both included.
-    int between(int low, int high) {
-        const auto span = static_cast<std::uint32_t>(high) - static_cast<std::uint32_t>(low) + 1;
-        return static_cast<int>(static_cast<std::uint32_t>(low) + below(span));
-    }
-    // True in one of `n` cases.
-    bool oneIn(std::uint32_t n) { return below(n) == 0; }
+    std::uint32_t operator()() override { return static_cast<std::uint32_t>(engine_()); }
+    std::uint32_t below(std::uint32_t limit) override { return (*this)() % limit; }
+    bool oneIn(std::uint32_t n) override { return below(n) == 0; }
     // For the standard library's distributions and std::shuffle.
     std::mt19937& engine() { return engine_; }
 

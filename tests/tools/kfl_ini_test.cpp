@@ -19,7 +19,7 @@ using kfl_test::Words;
 using kfl_test::wordsOf;
 using kfl_test::operator+;
 
-const std::string usageLine = "usage: kfl ini [--int | --float | --bool] FILE [SECTION [KEY]]";
+using kfl_test::iniUsage;
 
 const std::string content =
     "; a device\n"
@@ -168,28 +168,29 @@ TEST_F(KflIniTest, MissingKeyIsAFailureInEveryForm) {
 }
 
 TEST_F(KflIniTest, TooFewOrTooManyArgumentsAreWrongUsage) {
-    expectWrongUsage({"ini"}, "kfl ini: too few arguments", usageLine);
-    expectWrongUsage({"ini", "--int"}, "kfl ini: too few arguments", usageLine);
-    expectWrongUsage({"ini", path, "a", "b", "c"}, "kfl ini: too many arguments", usageLine);
+    expectWrongUsage({"ini"}, "kfl ini: too few arguments", iniUsage);
+    expectWrongUsage({"ini", "--int"}, "kfl ini: too few arguments", iniUsage);
+    expectWrongUsage({"ini", path, "a", "b", "c"}, "kfl ini: too many arguments", iniUsage);
 }
 
 TEST_F(KflIniTest, AFormWithoutAKeyIsWrongUsage) {
     const std::string complaint = "kfl ini: --int, --float and --bool need a KEY";
-    expectWrongUsage({"ini", "--int", path}, complaint, usageLine);
-    expectWrongUsage({"ini", "--float", path, "net"}, complaint, usageLine);
-    expectWrongUsage({"ini", "--bool", path, "net"}, complaint, usageLine);
+    expectWrongUsage({"ini", "--int", path}, complaint, iniUsage);
+    expectWrongUsage({"ini", "--float", path, "net"}, complaint, iniUsage);
+    expectWrongUsage({"ini", "--bool", path, "net"}, complaint, iniUsage);
 }
 
 TEST_F(KflIniTest, TwoFormsAreWrongUsage) {
     expectWrongUsage({"ini", "--int", "--bool", path, "net", "mode"},
-                     "kfl ini: only one of --int, --float and --bool can be given", usageLine);
+                     "kfl ini: only one of --int, --float, --bool, --check and --set can be given",
+                     iniUsage);
 }
 
 TEST_F(KflIniTest, UnknownOptionIsWrongUsage) {
-    expectWrongUsage({"ini", "--nit", path}, "kfl ini: ", usageLine);
-    expectWrongUsage({"ini", "--nit", path}, "--nit", usageLine);
-    expectWrongUsage({"ini", path, "-i"}, "'i'", usageLine);
-    expectWrongUsage({"ini", "--int=3", path}, "--int", usageLine);
+    expectWrongUsage({"ini", "--nit", path}, "kfl ini: ", iniUsage);
+    expectWrongUsage({"ini", "--nit", path}, "--nit", iniUsage);
+    expectWrongUsage({"ini", path, "-i"}, "'i'", iniUsage);
+    expectWrongUsage({"ini", "--int=3", path}, "--int", iniUsage);
 }
 
 TEST_F(KflIniTest, HelpIsAnsweredBeforeAnythingElseIsChecked) {

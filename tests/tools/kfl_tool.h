@@ -23,6 +23,12 @@ inline std::string outputOfKfl(const Words& arguments, std::string_view input = 
     return result.output;
 }
 
+// What kfl ini shows where it is wrongly used.
+inline const std::string iniUsage =
+    "usage: kfl ini [--int | --float | --bool] FILE [SECTION [KEY]]\n"
+    "       kfl ini --check FILE\n"
+    "       kfl ini --set FILE SECTION KEY VALUE";
+
 // Asserts that a command cannot be carried out, and what it says about that.
 inline void expectFailure(const Words& arguments, const std::string& message) {
     const ProgramResult result = kfl(arguments);

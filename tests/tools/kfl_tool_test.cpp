@@ -2,6 +2,7 @@
 #include "tests/tools/kfl_tool.h"
 #include <algorithm>
 #include <sstream>
+#include <vector>
 
 #include "kfl/version.h"
 
@@ -70,6 +71,69 @@ TEST(KflToolTest, EveryCommandHasAPageByThreeNames) {
     }
 }
 
+// An option as a help page lists it, and whether a value belongs to it.
+struct ListedOption {
+    std::string name;
+    bool takesValue;
+};
+
+std::vector<ListedOption> optionsOn(const std::string& page) {
+    std::vector<ListedOption> options;
+    std::istringstream lines(page);
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t begin = line.find("--");
+        if (line.rfind("  ", 0) != 0 || line.find_first_not_of(' ') > 6) continue;
+        if (begin == std::string::npos || line.find_first_not_of(' ') + 4 < begin) continue;
+        const std::size_t end = line.find(' ', begin);
+        const bool takesValue = line[end + 1] >= 'A' && line[end + 1] <= 'Z';
+        options.push_back({line.substr(begin, end - begin), takesValue});
+    }
+    return options;
+}
+
+// Expects a line that begins with the command's name, and then the usage as on its page.
+// `name` stands in the first.
+void expectCommandsOwnRefusal(const std::string& command, const Words& arguments,
+                              const std::string& name = "") {
+    const std::string page = outputOfKfl({"help", command});
+    const ProgramResult result = kfl(Words{command} + arguments);
+    EXPECT_EQ(result.status, 2) << command;
+    EXPECT_EQ(result.output, "") << command;
+    EXPECT_EQ(result.errors.rfind("kfl " + command + ": ", 0), 0U) << result.errors;
+    EXPECT_NE(result.errors.substr(0, result.errors.find('\n')).find(name), std::string::npos)
+        << command << ' ' << name << ": " << result.errors;
+    EXPECT_EQ(result.errors.substr(result.errors.find('\n') + 1),
+              page.substr(0, page.find("\n\n") + 1));
+}
+
+TEST(KflToolTest, EveryCommandRefusesWhatItDoesNotKnow) {
+    for (const std::string& command : listedCommands()) {
+        expectCommandsOwnRefusal(command, {"--no-such-option"});
+        expectCommandsOwnRefusal(command, {"-z"});
+        expectCommandsOwnRefusal(command, {});
+    }
+}
+
+TEST(KflToolTest, EveryOptionTakesAValueWhereThePageSaysSoAndNowhereElse) {
+    std::size_t count = 0;
+    for (const std::string& command : listedCommands()) {
+        for (const ListedOption& option : optionsOn(outputOfKfl({"help", command}))) {
+            const std::string word = option.takesValue ? option.name : option.name + "=7";
+            expectCommandsOwnRefusal(command, {word}, option.name.substr(2));
+            ++count;
+        }
+    }
+    EXPECT_GE(count, 30U);
+}
+
+TEST(KflToolTest, EveryPageTellsTheExitStatusOfWrongUsage) {
+    for (const std::string& command : listedCommands()) {
+        const std::string page = outputOfKfl({"help", command});
+        const std::string end = page.substr(page.find("\nExit status: 0 "));
+        EXPECT_NE(end.find('2'), std::string::npos) << command;
+    }
+}
+
 TEST(KflToolTest, VersionIsTheLibrarys) {
     EXPECT_EQ(outputOfKfl({"--version"}), "kfl " KFL_VERSION_STRING "\n");
     EXPECT_EQ(outputOfKfl({"-V"}), "kfl " KFL_VERSION_STRING "\n");
@@ -97,8 +161,7 @@ TEST(KflToolTest, UnknownOptionIsWrongUsage) {
 }
 
 TEST(KflToolTest, OptionsBehindACommandAreTheCommands) {
-    expectWrongUsage({"ini", "--version"},
-                     "kfl ini: ", "usage: kfl ini [--int | --float | --bool] FILE [SECTION [KEY]]");
+    expectWrongUsage({"ini", "--version"}, "kfl ini: ", kfl_test::iniUsage);
 }
 
 TEST(KflToolTest, OutputThatCannotBeWrittenIsAFailure) {

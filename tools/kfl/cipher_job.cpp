@@ -53,7 +53,9 @@ std::string keyInFile(const char* path) {
     std::FILE* const file = std::fopen(path, "r");
     if (!file) fail("%s: %s", path, std::strerror(errno));
     char line[128] = {};
+    // cppcheck-suppress nullPointerRedundantCheck ; fail does not return
     const bool isRead = std::fgets(line, sizeof line, file) != nullptr;
+    // cppcheck-suppress nullPointerRedundantCheck ; the same
     std::fclose(file);
     if (!isRead) fail("%s: no key in it", path);
     line[std::strcspn(line, "\r\n")] = '\0';
@@ -69,6 +71,7 @@ std::string keyInEnvironment(const char* name) {
 int parseMode(const Arguments& arguments, const std::string& text) {
     if (text == "ecb") return Rijndael::modeECB;
     if (text == "cbc") return Rijndael::modeCBC;
+    // cppcheck-suppress missingReturn ; usageError does not return
     if (text == "cfb") return Rijndael::modeCFB;
     arguments.usageError("'%s' is none of ecb, cbc and cfb", text.c_str());
 }

@@ -1,21 +1,23 @@
-// kfl ini: shows a configuration file as a host sees it.
+// kfl ini: shows a configuration file as a host sees it, checks it, or changes it.
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 
-#include "kfl/IniFileParser.h"
 #include "tools/kfl/command.h"
+#include "tools/kfl/ini_file.h"
 
 namespace kfl_tool {
 namespace {
 
-// How a single value is shown; the letters of the options.
-enum Form { asText = 't', asInt = 'i', asFloat = 'f', asBool = 'b' };
-
-void readFile(kfl::IniFileParser& parser, const char* path) {
-    requireFile(path);
-    if (!parser.parseFile(path)) fail("%s: %s", path, std::strerror(errno));
-}
+// What is to be done; the letters of the options.
+enum Work {
+    show = 's',
+    showInt = 'i',
+    showFloat = 'f',
+    showBool = 'b',
+    check = 'c',
+    setValue = 'S'
+};
 
 void printKeys(const kfl::st_section& section) {
     for (unsigned int i = 0; i < section.keys.count(); ++i) {
@@ -34,44 +36,46 @@ void printAll(const kfl::IniFileParser& parser) {
     }
 }
 
-void printValue(kfl::IniFileParser& parser, const char* section, const char* key, Form form) {
+void printValue(kfl::IniFileParser& parser, const char* section, const char* key, Work form) {
     switch (form) {
-        case asText: std::puts(parser.getValue(key, section)); break;
-        case asInt: std::printf("%d\n", parser.getInt(key, section)); break;
-        case asFloat:
+        case showInt: std::printf("%d\n", parser.getInt(key, section)); break;
+        case showFloat:
             // Nine digits tell any two floats apart.
             std::printf("%.9g\n", static_cast<double>(parser.getFloat(key, section)));
             break;
-        case asBool: std::puts(parser.getBool(key, section) ? "true" : "false"); break;
+        case showBool: std::puts(parser.getBool(key, section) ? "true" : "false"); break;
+        default: std::puts(parser.getValue(key, section));
     }
 }
 
-Form readOptions(Arguments& arguments) {
-    static const option options[] = {{"int", no_argument, nullptr, asInt},
-                                     {"float", no_argument, nullptr, asFloat},
-                                     {"bool", no_argument, nullptr, asBool},
+Work readOptions(Arguments& arguments) {
+    static const option options[] = {{"int", no_argument, nullptr, showInt},
+                                     {"float", no_argument, nullptr, showFloat},
+                                     {"bool", no_argument, nullptr, showBool},
+                                     {"check", no_argument, nullptr, check},
+                                     {"set", no_argument, nullptr, setValue},
                                      helpOption,
                                      {}};
-    Form form = asText;
+    Work work = show;
     while (const int letter = arguments.nextOption(options)) {
-        if (form != asText && form != letter) {
-            arguments.usageError("only one of --int, --float and --bool can be given");
+        if (work != show && work != letter) {
+            arguments.usageError(
+                "only one of --int, --float, --bool, --check and --set can be given");
         }
-        form = static_cast<Form>(letter);
+        work = static_cast<Work>(letter);
     }
-    return form;
+    return work;
 }
 
-int run(Arguments& arguments) {
-    const Form form = readOptions(arguments);
+int showFile(const Arguments& arguments, Work form) {
     arguments.requireOperands(1, 3);
     const char* const path = arguments[0];
     const char* const section = arguments[1];
     const char* const key = arguments[2];
-    if (form != asText && !key) arguments.usageError("--int, --float and --bool need a KEY");
+    if (form != show && !key) arguments.usageError("--int, --float and --bool need a KEY");
 
     kfl::IniFileParser parser;
-    readFile(parser, path);
+    parseIniFile(parser, path);
     if (!section) {
         printAll(parser);
         return succeeded;
@@ -87,25 +91,54 @@ int run(Arguments& arguments) {
     return succeeded;
 }
 
+int run(Arguments& arguments) {
+    const Work work = readOptions(arguments);
+    switch (work) {
+        case check: arguments.requireOperands(1, 1); return checkIniFile(arguments[0]);
+        case setValue:
+            arguments.requireOperands(4, 4);
+            setInIniFile(arguments[0], {arguments[1], arguments[2], arguments[3]});
+            return succeeded;
+        default: return showFile(arguments, work);
+    }
+}
+
 }  // namespace
 
+void parseIniFile(kfl::IniFileParser& parser, const char* path) {
+    requireFile(path);
+    if (!parser.parseFile(path)) fail("%s: %s", path, std::strerror(errno));
+}
+
 const Command iniCommand = {
-    "ini", "[--int | --float | --bool] FILE [SECTION [KEY]]",
-    "Show a configuration file as a host sees it",
-    "Shows all sections and keys of FILE, the keys of SECTION, or the value of KEY.\n"
-    "Names are found in any case; \"\" is the section of the keys before the first\n"
-    "header. A value is shown as it is stored: with the blanks in front of it, and\n"
-    "without the characters that the reader drops or cuts.\n"
+    "ini",
+    "[--int | --float | --bool] FILE [SECTION [KEY]]\n"
+    "       kfl ini --check FILE\n"
+    "       kfl ini --set FILE SECTION KEY VALUE",
+    "Show, check or change a configuration file",
+    "Shows all sections and keys of FILE, the keys of SECTION, or the value of KEY,\n"
+    "as a host sees them. Names are found in any case; \"\" is the section of the keys\n"
+    "before the first header. A value is shown as it is stored: with the blanks in\n"
+    "front of it, and without the characters that the reader drops or cuts.\n"
     "\n"
     "Options:\n"
     "      --int    show the value as getInt reads it\n"
     "      --float  show the value as getFloat reads it\n"
     "      --bool   show the value as getBool reads it: true for every key there is,\n"
     "               whatever its value\n"
+    "      --check  show what is read in another way than it looks, as lines of the\n"
+    "               form FILE:LINE: TEXT: repeated headers and keys, lines that are\n"
+    "               dropped or cut, what stays in a value or is dropped from it\n"
+    "      --set    change the value in its line, or add one at the end of its\n"
+    "               section, or that at the end of FILE; all other lines, mode and\n"
+    "               owner stay. FILE is replaced as a whole, and only where VALUE is\n"
+    "               read back and every other value as before. Put -- in front of\n"
+    "               FILE when VALUE begins with -\n"
     "  -h, --help   show this page\n"
     "\n"
-    "Exit status: 0 when shown, 1 when the file cannot be read or has no such section\n"
-    "or key, 2 for wrong usage.\n",
+    "Exit status: 0 when shown, set, or nothing was found, 1 when the file cannot be\n"
+    "read or written, has no such section or key, cannot hold VALUE, or something was\n"
+    "found, 2 for wrong usage.\n",
     run};
 
 }  // namespace kfl_tool

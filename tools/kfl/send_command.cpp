@@ -52,6 +52,7 @@ std::string textToSend(const Arguments& arguments, int first) {
 }
 
 // `name` is for the message.
+// cppcheck-suppress passedByValue ; what is sent is an array that could be changed
 void sendText(int descriptor, const char* name, std::string text) {
     int code = 0;
     if (sendToSocket(descriptor, text.data(), static_cast<unsigned int>(text.size()), &code) != 0)
