@@ -32,10 +32,13 @@ void* takeBlock(void*& freeList) {
     return static_cast<char*>(slot) + wordSize;
 }
 
-// Puts a block's slot in front of a free list.
-void giveBack(void*& freeList, unsigned& blocksInUse, void* block) {
+char* slotOf(void* block) {
     // cppcheck-suppress nullPointerArithmeticRedundantCheck ; only a delete asks for null
-    char* const slot = static_cast<char*>(block) - wordSize;
+    return static_cast<char*>(block) - wordSize;
+}
+
+// Puts a slot in front of a free list.
+void giveBack(void*& freeList, unsigned& blocksInUse, char* slot) {
     writeWord(slot, freeList);
     freeList = slot;
     --blocksInUse;
@@ -44,8 +47,9 @@ void giveBack(void*& freeList, unsigned& blocksInUse, void* block) {
 // Out of line: the usual way needs no stack.
 // Kept on purpose: the release does not end the call.
 [[gnu::noinline]] void giveBackForeign(void*& freeList, unsigned& blocksInUse, void* block) {
+    char* const slot = slotOf(block);
     if (block) delete[] static_cast<char*>(block);
-    giveBack(freeList, blocksInUse, block);
+    giveBack(freeList, blocksInUse, slot);
 }
 
 // The first slot of a pool; null where there are none.
@@ -117,5 +121,5 @@ void* LocalHeap::allocateBlock(unsigned size) {
 
 void LocalHeap::deallocateBlock(void* block, unsigned size) {
     if (size != blockSize) return giveBackForeign(freeList, blocksInUse, block);
-    giveBack(freeList, blocksInUse, block);
+    giveBack(freeList, blocksInUse, slotOf(block));
 }
