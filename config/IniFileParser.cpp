@@ -19,7 +19,6 @@ namespace {
 using detail::findRecord;
 using detail::Owner;
 using detail::TextPiece;
-using detail::WantedName;
 
 // Empty keys and values are made with this much room.
 constexpr unsigned int recordCapacity = 80;
@@ -55,7 +54,7 @@ void assign(AString& text, TextPiece value) {
 
 // Stores a value under a key, which is made where it may be; an empty value makes none.
 bool store(st_section& section, TextPiece name, TextPiece value, bool mayCreate) {
-    if (st_key* const key = findRecord<st_key>(section.keys, WantedName(name))) {
+    if (st_key* const key = findRecord<st_key>(section.keys, name)) {
         assign(key->value, value);
         return true;
     }
@@ -184,11 +183,11 @@ bool IniFileParser::getBool(const char* key, const char* section) {
 
 st_key* IniFileParser::getKey(const char* key, const char* section) {
     st_section* const found = key ? getSection(section) : nullptr;
-    return found ? findRecord<st_key>(found->keys, WantedName(key)) : nullptr;
+    return found ? findRecord<st_key>(found->keys, pieceOf(key)) : nullptr;
 }
 
 st_section* IniFileParser::getSection(const char* name) {
-    return name ? findRecord<st_section>(sections, WantedName(name)) : nullptr;
+    return name ? findRecord<st_section>(sections, pieceOf(name)) : nullptr;
 }
 
 st_section* IniFileParser::createSection(const char* name) {

@@ -8,6 +8,7 @@
 #include "core/halt.h"
 #include "core/is_within.h"
 #include "core/retired.h"
+#include "core/small_code.h"
 
 namespace kfl {
 namespace {
@@ -16,6 +17,7 @@ using detail::allocateArray;
 using detail::CharSet;
 using detail::checkedSize;
 using detail::Retired;
+using detail::wantsSmallCode;
 
 // Copies a string's characters with their terminator, also those that stand behind a NUL inside the
 // text and those that were put behind the length by hand.
@@ -50,7 +52,7 @@ bool startsWith(const char* text, const char* start) {
 // frequent one, the rest is left to strstr.
 const char* findText(const char* text, const char* needle) {
     if (*needle == '\0') return text;
-    for (unsigned int tries = 3; tries > 0; --tries, ++text) {
+    for (unsigned int tries = wantsSmallCode ? 0 : 3; tries > 0; --tries, ++text) {
         text = std::strchr(text, *needle);
         if (!text || startsWith(text, needle)) return text;
     }

@@ -6,14 +6,12 @@
 #include <cstdint>
 #include <cstring>
 
+#include "core/small_code.h"
+
 namespace kfl::detail {
 
 // Up to here a few stores are faster than a call; where small code is asked for, a call is better.
-#ifdef __OPTIMIZE_SIZE__
-constexpr std::size_t shortLength = 0;
-#else
-constexpr std::size_t shortLength = 16;
-#endif
+constexpr std::size_t shortLength = wantsSmallCode ? 0 : 16;
 
 // Fills up to 16 places with as few stores as there may be: they overlap in the middle.
 inline void fillShort(char* to, char c, std::size_t count) {

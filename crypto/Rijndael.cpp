@@ -38,16 +38,12 @@ void transformFrom(AnyBlock t, RoundKeys keys, const char* in, char* result) {
     t.store(result);
 }
 
-// A block of four columns, which stay in registers.
 template <class Way>
 void transformDefault(RoundKeys keys, const char* in, char* result) {
     if constexpr (detail::countsColumns) {
         transformFrom<Way>(CountedBlock(16), keys, in, result);
     } else {
-        Block<4> t;
-        t.load(in);
-        detail::transform<Way>(t, keys);
-        t.store(result);
+        detail::transformDefault<Way>(in, result, keys);
     }
 }
 
@@ -101,14 +97,14 @@ void Rijndael::DefDecryptBlock(const char* in, char* result) {
 void Rijndael::encryptBlock(const char* in, char* result) {
     if (!checkKey(keyInitialized)) return;
     const RoundKeys keys{encryptKeys, rounds};
-    if (blockSize == 16) return DefEncryptBlock(in, result);
+    if (blockSize == 16) return transformDefault<Enciphering>(keys, in, result);
     transformOther<Enciphering>(blockSize, keys, in, result);
 }
 
 void Rijndael::decryptBlock(const char* in, char* result) {
     if (!checkKey(keyInitialized)) return;
     const RoundKeys keys{decryptKeys, rounds};
-    if (blockSize == 16) return DefDecryptBlock(in, result);
+    if (blockSize == 16) return transformDefault<Deciphering>(keys, in, result);
     transformOther<Deciphering>(blockSize, keys, in, result);
 }
 

@@ -65,10 +65,7 @@ template <class Way>
 [[gnu::noinline]] void transformText(Text text, RoundKeys keys) {
     if (pairsAreIndependent(text)) transformPairs<Way>(text, keys);
     for (; text.left > 0; text.skip(Block<4>::size)) {
-        Block<4> t;
-        t.load(text.in);
-        detail::transformBlock<Way>(t, keys);
-        t.store(text.result);
+        detail::transformDefault<Way>(text.in, text.result, keys);
     }
 }
 
@@ -132,8 +129,11 @@ template <class Mode>
     for (; text.left > 0; text.skip(Block<4>::size)) {
         Block<4> input;
         input.load(text.in);
-        Block<4> t = Mode::feedsChain ? chain : input;
-        detail::transformBlock<typename Mode::Inverse>(t, keys);
+        char bytes[Block<4>::size];
+        (Mode::feedsChain ? chain : input).store(bytes);
+        detail::transformDefault<typename Mode::Inverse>(bytes, bytes, keys);
+        Block<4> t;
+        t.load(bytes);
         t.add(Mode::feedsChain ? input : chain);
         t.store(text.result);
         // Kept on purpose: from where the input stood, which the output may have overwritten.

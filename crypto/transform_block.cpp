@@ -4,12 +4,7 @@
 
 namespace kfl::detail {
 
-template <class Way, int Columns>
-void transformBlock(Block<Columns>& t, RoundKeys keys) {
-    Block<Columns> inRegisters = t;
-    transform<Way>(inRegisters, keys);
-    t = inRegisters;
-}
+#ifdef __OPTIMIZE_SIZE__
 
 namespace {
 
@@ -23,22 +18,33 @@ struct WideState {
     }
 };
 
-// Where the bytes of a column come from: how far on, by row.
-struct Shifts {
+// A direction that is known at run time alone, for a number of columns.
+struct WideWay {
     template <class Way>
-    static Shifts of(Way, int columns) {
+    static WideWay of(Way, int columns) {
         const auto& shifts = Rijndael::_shifts[columns / 2 - 2];
-        return {shifts[1][Way::direction], shifts[2][Way::direction], shifts[3][Way::direction]};
+        return {Way::row0(),
+                Way::row1(),
+                Way::row2(),
+                Way::row3(),
+                Way::last(),
+                shifts[1][Way::direction],
+                shifts[2][Way::direction],
+                shifts[3][Way::direction]};
     }
 
-    int row1;
-    int row2;
-    int row3;
+    const unsigned* row0;
+    const unsigned* row1;
+    const unsigned* row2;
+    const unsigned* row3;
+    const unsigned char* last;
+    // How far on the bytes of a column come from, by row.
+    int shift1;
+    int shift2;
+    int shift3;
 };
 
-template <class Way>
-[[gnu::noinline]] void transformWide(unsigned* block, int columns, RoundKeys keys) {
-    const Shifts shifts = Shifts::of(Way(), columns);
+void transformWide(unsigned* block, int columns, RoundKeys keys, const WideWay& way) {
     WideState t;
     WideState next;
     const unsigned(*row)[8] = keys.row;
@@ -48,20 +54,20 @@ template <class Way>
         const unsigned* from = t.word;
         for (int i = 0; i < columns; ++i, ++from) {
             next.put(i, columns,
-                     Way::row0()[from[0] >> 24] ^ Way::row1()[(from[shifts.row1] >> 16) & 0xFF] ^
-                         Way::row2()[(from[shifts.row2] >> 8) & 0xFF] ^
-                         Way::row3()[from[shifts.row3] & 0xFF] ^ (*row)[i]);
+                     way.row0[from[0] >> 24] ^ way.row1[(from[way.shift1] >> 16) & 0xFF] ^
+                         way.row2[(from[way.shift2] >> 8) & 0xFF] ^
+                         way.row3[from[way.shift3] & 0xFF] ^ (*row)[i]);
         }
         t = next;
     }
     ++row;
-    const unsigned char* const s = Way::last();
+    const unsigned char* const s = way.last;
     const unsigned* from = t.word;
     for (int i = 0; i < columns; ++i, ++from) {
         block[i] = unsigned{s[from[0] >> 24]} << 24 ^
-                   unsigned { s[(from[shifts.row1] >> 16) & 0xFF] } << 16 ^
-                   unsigned { s[(from[shifts.row2] >> 8) & 0xFF] } << 8 ^
-                   unsigned { s[from[shifts.row3] & 0xFF] } ^ (*row)[i];
+                   unsigned { s[(from[way.shift1] >> 16) & 0xFF] } << 16 ^
+                   unsigned { s[(from[way.shift2] >> 8) & 0xFF] } << 8 ^
+                   unsigned { s[from[way.shift3] & 0xFF] } ^ (*row)[i];
     }
 }
 
@@ -69,23 +75,42 @@ template <class Way>
 
 template <class Way>
 void transformBlock(CountedBlock& t, RoundKeys keys) {
-    if (t.columns != 4) return transformWide<Way>(t.word, t.columns, keys);
+    if (t.columns != 4) {
+        return transformWide(t.word, t.columns, keys, WideWay::of(Way(), t.columns));
+    }
     Block<4> inRegisters;
     std::memcpy(inRegisters.word, t.word, sizeof inRegisters.word);
     transform<Way>(inRegisters, keys);
     std::memcpy(t.word, inRegisters.word, sizeof inRegisters.word);
 }
 
-#ifdef __OPTIMIZE_SIZE__
 template void transformBlock<Enciphering>(CountedBlock&, RoundKeys);
 template void transformBlock<Deciphering>(CountedBlock&, RoundKeys);
+
 #else
-template void transformBlock<Enciphering, 4>(Block<4>&, RoundKeys);
+
+template <class Way, int Columns>
+void transformBlock(Block<Columns>& t, RoundKeys keys) {
+    Block<Columns> inRegisters = t;
+    transform<Way>(inRegisters, keys);
+    t = inRegisters;
+}
+
+template <class Way>
+void transformDefault(const char* in, char* result, RoundKeys keys) {
+    Block<4> t;
+    t.load(in);
+    transform<Way>(t, keys);
+    t.store(result);
+}
+
+template void transformDefault<Enciphering>(const char*, char*, RoundKeys);
+template void transformDefault<Deciphering>(const char*, char*, RoundKeys);
 template void transformBlock<Enciphering, 6>(Block<6>&, RoundKeys);
 template void transformBlock<Enciphering, 8>(Block<8>&, RoundKeys);
-template void transformBlock<Deciphering, 4>(Block<4>&, RoundKeys);
 template void transformBlock<Deciphering, 6>(Block<6>&, RoundKeys);
 template void transformBlock<Deciphering, 8>(Block<8>&, RoundKeys);
+
 #endif
 
 }  // namespace kfl::detail

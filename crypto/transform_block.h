@@ -10,6 +10,10 @@ namespace kfl::detail {
 template <class Way, int Columns>
 void transformBlock(Block<Columns>& t, RoundKeys keys);
 
+// The same for a block of four columns, from memory to memory; `in` may be `result`.
+template <class Way>
+void transformDefault(const char* in, char* result, RoundKeys keys);
+
 // A block of as many columns as its size says at run time. It offers what Block does, in less code.
 struct CountedBlock {
     // cppcheck-suppress uninitMemberVar ; load fills the words

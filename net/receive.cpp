@@ -66,62 +66,49 @@ void storeTimeLeft(timespec left, timeval& time) {
     time.tv_usec = left.tv_nsec / 1000;
 }
 
-// What is left of a time that began at `start`.
-timespec leftOf(const timespec& limit, const timespec& start) {
-    timespec end;
-    clock_gettime(CLOCK_MONOTONIC, &end);
-    return difference(limit, difference(end, start));
-}
-
-// Whether a wait ended in a way that leaves time.
-bool leavesTime(int ready) { return ready >= 0 || errno == EINTR; }
-
 int selectReadable(int descriptor, timeval* limit) {
     fd_set readable;
     FD_ZERO(&readable);
     FD_SET(descriptor, &readable);
-    if (!limit) return select(descriptor + 1, &readable, nullptr, nullptr, nullptr);
-
-    const timeval before = *limit;
-    timespec start;
-    clock_gettime(CLOCK_MONOTONIC, &start);
-    const int ready = select(descriptor + 1, &readable, nullptr, nullptr, limit);
-    // Some C libraries keep to themselves what the system wrote.
-    if (leavesTime(ready) && limit->tv_sec == before.tv_sec && limit->tv_usec == before.tv_usec) {
-        storeTimeLeft(leftOf(normalised(before), start), *limit);
-    }
-    return ready;
+    return select(descriptor + 1, &readable, nullptr, nullptr, limit);
 }
 
-int pollReadable(int descriptor, const timespec* limit) {
+// select for a descriptor that has no place in its set; it leaves the time alone.
+int pollReadable(int descriptor, const timeval* limit) {
+    if (limit && (limit->tv_sec < 0 || limit->tv_usec < 0)) {
+        errno = EINVAL;
+        return -1;
+    }
+    const timespec time = limit ? normalised(*limit) : timespec{};
     pollfd watched{};
     watched.fd = descriptor;
     // With errors and hang-ups, which come unasked, what select takes for readable.
     watched.events = POLLIN | POLLRDNORM | POLLRDBAND;
-    const int ready = ppoll(&watched, 1, limit, nullptr);
+    const int ready = ppoll(&watched, 1, limit ? &time : nullptr, nullptr);
     if (ready <= 0 || (watched.revents & POLLNVAL) == 0) return ready;
     errno = EBADF;
     return -1;
 }
 
-// select for a descriptor that has no place in its set.
-int pollReadable(int descriptor, timeval* time) {
-    if (!time) return pollReadable(descriptor, static_cast<const timespec*>(nullptr));
-    if (time->tv_sec < 0 || time->tv_usec < 0) {
-        errno = EINVAL;
-        return -1;
-    }
-    timespec start;
-    const timespec limit = normalised(*time);
-    clock_gettime(CLOCK_MONOTONIC, &start);
-    const int ready = pollReadable(descriptor, &limit);
-    storeTimeLeft(leftOf(limit, start), *time);
-    return ready;
-}
-
 int waitReadable(int descriptor, timeval* limit) {
     return descriptor < FD_SETSIZE ? selectReadable(descriptor, limit)
                                    : pollReadable(descriptor, limit);
+}
+
+// Waits, and leaves in `limit` what is left of the time.
+int waitReadableWithin(int descriptor, timeval& limit) {
+    const timeval before = limit;
+    timespec start{};
+    clock_gettime(CLOCK_MONOTONIC, &start);
+    const int ready = waitReadable(descriptor, &limit);
+    // Some C libraries keep to themselves what the system wrote.
+    const bool isKept = limit.tv_sec == before.tv_sec && limit.tv_usec == before.tv_usec;
+    if (isKept && (ready >= 0 || errno == EINTR)) {
+        timespec end{};
+        clock_gettime(CLOCK_MONOTONIC, &end);
+        storeTimeLeft(difference(normalised(before), difference(end, start)), limit);
+    }
+    return ready;
 }
 
 int judgeRead(ssize_t count, int& resultCode) {
@@ -156,7 +143,8 @@ int receive(int descriptor, void* buffer, std::size_t size, timeval* timeOut, in
         errno = errorBefore;
     }
 
-    const int ready = waitReadable(descriptor, limit);
+    const int ready =
+        limit ? waitReadableWithin(descriptor, *limit) : waitReadable(descriptor, nullptr);
     if (ready < 0) return failWith(codeWaitFailed, resultCode);
     if (ready == 0) return 0;
     // This one may wait: another reader may have taken what was there.
