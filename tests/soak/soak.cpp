@@ -59,7 +59,7 @@ void expectFlat(const Footprint& before, const Footprint& after) {
     EXPECT_FALSE(hasChildren());
     if (ownAllocator) return;
     EXPECT_LE(after.heapBytes, before.heapBytes)
-        << "(only a run with GLIBC_TUNABLES=glibc.malloc.tcache_count=0 counts them all)";
+        << "(ctest and scripts/soak set GLIBC_TUNABLES, without which threads keep some)";
     if (isEmulated) return;
     EXPECT_LE(after.residentKiB, before.residentKiB + residentTolerance);
 }
