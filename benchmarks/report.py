@@ -3,10 +3,11 @@
 
     benchmarks/report.py [--docs] FOLDER FAMILY ...
 
-FOLDER holds FAMILY.json and footprint.json. The tables are printed, and written with the plots to FOLDER; --docs puts
+FOLDER holds FAMILY-round-N.json and footprint.json. The tables are printed, and written with the plots to FOLDER; --docs puts
 them into docs/performance.md, between its marks. Names end in the implementation's name behind the last slash; those
-with the same front are compared. A ratio is the library's time by the peer's, below 1 the library is faster; it is
-the ratio of the medians of all rounds, followed by the middle half of the ratios of single rounds.
+with the same front are compared. A ratio is the library's time by the peer's, below 1 the library is faster. All of a
+work ran within milliseconds in each round: the ratio of the medians of all rounds comes first, then the middle half of
+the ratios of single rounds, then the ratio of the least times, which nothing else disturbed.
 """
 import collections
 import datetime
@@ -33,11 +34,10 @@ Lines = dict[str, list[tuple[float, float]]]
 UNITS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 
-def read(path: Path) -> Times:
+def read(folder: Path, family: str) -> Times:
     times: Times = collections.defaultdict(lambda: collections.defaultdict(list))
-    for run in json.loads(path.read_text())["benchmarks"]:
-        if run.get("run_type") != "iteration":
-            continue
+    rounds = sorted(folder.glob(f"{family}-round-*.json"))
+    for run in (run for path in rounds for run in json.loads(path.read_text())["benchmarks"]):
         work, who = re.sub(r"/(repeats:\d+|iterations:\d+|real_time)", "", run["run_name"]).rsplit("/", 1)
         kind = "real_time" if "/real_time" in run["run_name"] else "cpu_time"
         times[work][who].append(run[kind] * UNITS[run["time_unit"]])
@@ -53,7 +53,7 @@ def duration(ns: float) -> str:
 
 def ratio(ours: list[float], peer: list[float]) -> str:
     single = statistics.quantiles([a / b for a, b in zip(ours, peer)], n=4) if len(ours) > 1 else []
-    spread = f" ({single[0]:.2f}-{single[2]:.2f})" if single else ""
+    spread = f" ({single[0]:.2f}-{single[2]:.2f}; {min(ours) / min(peer):.2f})" if single else ""
     return f"{statistics.median(ours) / statistics.median(peer):.2f}{spread}"
 
 
@@ -180,7 +180,7 @@ def put_into_docs(lines: list[str], drawn: list[Path]) -> None:
 def main() -> None:
     arguments = [a for a in sys.argv[1:] if a != "--docs"]
     folder = Path(arguments[0])
-    all_ = {family: read(folder / f"{family}.json") for family in arguments[1:]}
+    all_ = {family: read(folder, family) for family in arguments[1:]}
     lines = report(all_, folder)
     drawn = plots(all_, folder)
     print("\n".join(lines))
