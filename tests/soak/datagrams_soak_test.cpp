@@ -33,18 +33,18 @@ void sendNumbers(int descriptor, unsigned int first) {
 // What arrived at one end, which must be in order.
 struct Arrivals {
     unsigned long count = 0;
-    long last = -1;
+    long long last = -1;
 
     // Up to the last one of a round, or until none comes for a while.
     void receive(int descriptor, unsigned int first) {
-        while (last + 1 < static_cast<long>(first + datagrams)) {
+        while (last + 1 < static_cast<long long>(first + datagrams)) {
             timeval limit{0, 50000};
             int code = 0;
             unsigned int number = 0;
             const int got = recvFromSocket(descriptor, &number, sizeof number, &limit, &code);
             if (got == 0) return;
             ASSERT_EQ(got, static_cast<int>(sizeof number)) << code;
-            EXPECT_GT(static_cast<long>(number), last);
+            EXPECT_GT(static_cast<long long>(number), last);
             last = number;
             ++count;
         }
