@@ -2,6 +2,7 @@
 
 Places come from clang's syntax tree: what stands in comments, texts, macros or preprocessor lines is no place.
 """
+import collections
 import dataclasses
 import pathlib
 import re
@@ -42,6 +43,7 @@ class Mutant:
     old: str
     new: str
     text: str  # the line, without the space around it
+    nth: int = 1  # of those with the same change in the line
 
     @property
     def key(self) -> str:
@@ -50,7 +52,8 @@ class Mutant:
 
     @property
     def change(self) -> str:
-        return f"{shortened(self.old)} -> {shortened(self.new) or 'nothing'}"
+        which = f" ({self.nth})" if self.nth > 1 else ""
+        return f"{shortened(self.old)} -> {shortened(self.new) or 'nothing'}{which}"
 
     @property
     def folder(self) -> str:
@@ -62,6 +65,17 @@ class Mutant:
 
 def shortened(code: str) -> str:
     return re.sub(r"\s+", " ", code)
+
+
+def numbered(mutants: list[Mutant]) -> list[Mutant]:
+    """The same, those with the same change in the same line told apart."""
+    seen: collections.Counter[tuple[int, str, str]] = collections.Counter()
+    told = []
+    for mutant in mutants:
+        place = (mutant.line, mutant.old, mutant.new)
+        seen[place] += 1
+        told.append(dataclasses.replace(mutant, nth=seen[place]))
+    return told
 
 
 class Finder:
@@ -77,7 +91,7 @@ class Finder:
         for cursor in self.unit.cursor.get_children():
             if cursor.location.file and cursor.location.file.name == self.path:
                 self.visit(cursor)
-        return sorted(self.found.values(), key=lambda mutant: (mutant.start, mutant.end, mutant.new))
+        return numbered(sorted(self.found.values(), key=lambda mutant: (mutant.start, mutant.end, mutant.new)))
 
     def visit(self, cursor: Cursor) -> None:
         if cursor.kind == CursorKind.STATIC_ASSERT:

@@ -31,7 +31,7 @@ from report import Reasons, report
 HERE = pathlib.Path(__file__).resolve().parents[2]
 FOLDERS = ("core", "collections", "memory", "config", "net", "os", "events", "crypto", "host")
 # A folder's tests, as folders and programs of tests/, where they are not just those in the folder of its name.
-TESTED_BY = {"host": ("host/", "tools/kfl_event_test")}
+TESTED_BY = {"host": ("host/", "faults/host_faults_test", "tools/kfl_event_test")}
 
 
 class Tree:
