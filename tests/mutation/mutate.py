@@ -31,7 +31,9 @@ from report import Reasons, report
 HERE = pathlib.Path(__file__).resolve().parents[2]
 FOLDERS = ("core", "collections", "memory", "config", "net", "os", "events", "crypto", "host")
 # A folder's tests, as folders and programs of tests/, where they are not just those in the folder of its name.
-TESTED_BY = {"host": ("host/", "faults/host_faults_test", "tools/kfl_event_test")}
+# What events/ has for the library itself is seen where the library uses it.
+TESTED_BY = {"events": ("events/", "os/process_system_test", "crypto/Rijndael_files_test"),
+             "host": ("host/", "faults/host_faults_test")}
 
 
 class Tree:
