@@ -46,20 +46,31 @@ def row(name: str, outcomes: collections.Counter) -> str:
                           outcomes["same code"], score)
 
 
+def needless(mutants: list[Mutant], results: dict[str, dict], reasons: Reasons) -> list[str]:
+    """Reasons to survive that no mutant has: equal lines of a file share theirs."""
+    tests: dict[str, str] = {}
+    survived = set()
+    for mutant in mutants:
+        result = results.get(mutant.key, {})
+        place = f"{mutant.file}: {mutant.text}: {mutant.change}"
+        if reasons.of(mutant) and result.get("outcome") in KILLED:
+            tests[place] = result["test"]
+        elif result.get("outcome") in ("survived", None):
+            survived.add(place)
+    return [f"{place}: has a reason to survive and is killed by {test}" for place, test in tests.items()
+            if place not in survived]
+
+
 def report(mutants: list[Mutant], results: dict[str, dict], reasons: Reasons) -> tuple[str, bool]:
     """The text, and whether something is wrong: survivors without a reason, reasons for what is killed."""
     folders: dict[str, collections.Counter] = collections.defaultdict(collections.Counter)
-    survivors, faults = [], []
+    survivors = []
     for mutant in mutants:
         outcome = results.get(mutant.key, {}).get("outcome")
-        reason = reasons.of(mutant)
-        place = f"{mutant.file}:{mutant.line}: {mutant.change}"
-        if outcome == "survived" and reason:
+        if outcome == "survived" and reasons.of(mutant):
             outcome = "explained"
         elif outcome == "survived":
-            survivors.append(f"{place}\n    {mutant.text}")
-        elif reason and outcome in KILLED:
-            faults.append(f"{place}: has a reason to survive and is killed by {results[mutant.key].get('test')}")
+            survivors.append(f"{mutant.file}:{mutant.line}: {mutant.change}\n    {mutant.text}")
         if outcome:
             folders[mutant.folder][outcome] += 1
     lines = [COLUMNS.format("folder", "mutants", "killed", "(by time)", "survived", "explained", "same code", "score")]
@@ -67,6 +78,7 @@ def report(mutants: list[Mutant], results: dict[str, dict], reasons: Reasons) ->
     total = sum(folders.values(), collections.Counter())
     lines.append(row("all", total))
     lines.append(f"{len(mutants)} places in all; {total['not compiled']} of those tried do not compile.")
+    faults = needless(mutants, results, reasons)
     if faults:
         lines += ["", *faults]
     if survivors:
