@@ -223,11 +223,21 @@ TEST_F(ReceiveFaultTest, WaitsOnlyWhenNothingIsThere) {
     EXPECT_EQ(system_.calls[2].length, sizeof buffer_);
 }
 
+TEST_F(ReceiveFaultTest, DoesNotWaitBehindAnEmptyDatagramWhateverErrnoWas) {
+    timeval limit = timeOf(1, 0);
+    system_.recv = {{0}};
+    errno = EAGAIN;
+    EXPECT_EQ(recvFromSocket(37, buffer_, sizeof buffer_, &limit, &code_), -1);
+    EXPECT_EQ(code_, 4);
+    EXPECT_EQ(system_.names(), "recv");
+}
+
 TEST_F(ReceiveFaultTest, GivesSelectNoLimitForAZeroTimeOut) {
     system_.recv = {{-1, EAGAIN}, {7}};
     system_.select = {{1}};
     EXPECT_EQ(receive(37, timeOf(0, 0)), 7);
     EXPECT_EQ(system_.selectLimit, nullptr);
+    EXPECT_EQ(system_.setSize, 38);
 }
 
 TEST_F(ReceiveFaultTest, DoesNotReadWhenTheTimeHasPassed) {
