@@ -124,19 +124,21 @@ def order(tests: list[trial.Test], stems: set[str], folder: str) -> list[trial.T
                   key=lambda test: (not any(test.name.startswith(stem) for stem in stems), test.seconds))
 
 
-def chosen(options: argparse.Namespace, mutants: list[Mutant], results: dict[str, dict]) -> list[Mutant]:
+def chosen(options: argparse.Namespace, mutants: list[Mutant], results: dict[str, dict],
+           reasons: Reasons) -> list[Mutant]:
     some = [mutant for mutant in mutants
             if (not options.folder or mutant.folder in options.folder)
             and (not options.file or mutant.file in options.file)]
     if options.again:
-        return [mutant for mutant in some if results.get(mutant.key, {}).get("outcome") == "survived"]
+        return [mutant for mutant in some
+                if results.get(mutant.key, {}).get("outcome") == "survived" and not reasons.of(mutant)]
     if options.sample:
         some = random.Random(options.seed).sample(some, min(options.sample, len(some)))
     return [mutant for mutant in some if mutant.key not in results]
 
 
-def run(options: argparse.Namespace, tree: Tree, found: Mutants, results: dict[str, dict]) -> None:
-    wanted = chosen(options, found.mutants, results)
+def run(options: argparse.Namespace, tree: Tree, found: Mutants, results: dict[str, dict], reasons: Reasons) -> None:
+    wanted = chosen(options, found.mutants, results, reasons)
     tests = tree.tests({mutant.folder for mutant in wanted}) if wanted else []
     commands = tree.commands()
     with concurrent.futures.ProcessPoolExecutor(options.jobs) as pool:
@@ -173,14 +175,14 @@ def main() -> None:
     tree = Tree(options.root.resolve())
     tree.configure()
     found = Mutants(tree.root, {file: shlex.split(command) for file, command in tree.commands().items()})
+    reasons = Reasons(tree.root / "tests" / "mutation" / "equivalent.txt")
     if options.list:
-        for mutant in chosen(options, found.mutants, {}):
+        for mutant in chosen(options, found.mutants, {}, reasons):
             print(f"{mutant.file}:{mutant.line}: {mutant.change}")
         return
     results = tree.results()
     if not options.report:
-        run(options, tree, found, results)
-    reasons = Reasons(tree.root / "tests" / "mutation" / "equivalent.txt")
+        run(options, tree, found, results, reasons)
     text, is_wrong = report(found.mutants, results, reasons)
     print(text)
     stale = reasons.without_mutant(found.mutants)
