@@ -68,10 +68,11 @@ class Tree:
         for test in listed["tests"]:
             program = os.path.relpath(test.get("command", ["/"])[0], self.build / "tests")
             if os.path.basename(program) == test["name"] and is_in(program, places):
-                tests.append(trial.Test(program, test["command"]))
+                built = os.stat(test["command"][0]).st_mtime_ns
+                tests.append(trial.Test(program, test["command"], built=built))
         known = load(self.usual_file)
         for number, test in enumerate(tests):
-            if test.name not in known:
+            if known.get(test.name, {}).get("built") != test.built:
                 print(f"{test.name}: how long it usually takes", flush=True)
                 known[test.name] = dataclasses.asdict(trial.usual(self.root, test))
                 self.usual_file.write_text(json.dumps(known, indent=1))

@@ -27,6 +27,7 @@ class Test:
     command: list[str]
     seconds: float = 0  # what it usually takes
     cpu_seconds: float = 0
+    built: int = 0  # when it was built, in nanoseconds
 
     @property
     def name(self) -> str:
@@ -111,6 +112,8 @@ def trial(root: pathlib.Path, mutant: Mutant, tests: list[Test], commands: list[
             if not built(test.name):
                 return {"outcome": "not compiled"}
             outcome = outcome_of(test)
+            if outcome in ("failed", "crashed"):
+                outcome = outcome_of(test)  # a busy machine can make a sound test fail, but seldom twice
             if outcome != "passed":
                 return {"outcome": outcome, "test": test.name}
         same = is_same_code(root, mutant, original, [shlex.split(command) for command in commands])

@@ -331,6 +331,7 @@ TEST_F(ReceiveFaultTest, ReportsWhatTheReadAfterTheWaitSays) {
 TEST_F(ReceiveFaultTest, WaitsOnWhenAnotherReaderWasFaster) {
     const Descriptor bound = loopbackSocket();
     system_.calls.clear();
+    system_.recv = {{-1, EAGAIN}};
     system_.select = {{1}};
     const Later sender(std::chrono::milliseconds(50),
                        [&] { sendDatagram(nameOf(bound), "hello"); });
