@@ -31,8 +31,9 @@ from report import Reasons, report
 HERE = pathlib.Path(__file__).resolve().parents[2]
 FOLDERS = ("core", "collections", "memory", "config", "net", "os", "events", "crypto", "host")
 # A folder's tests, as folders and programs of tests/, where they are not just those in the folder of its name.
-# What events/ has for the library itself is seen where the library uses it.
-TESTED_BY = {"events": ("events/", "os/process_system_test", "crypto/Rijndael_files_test"),
+# What core/ and events/ have for other families is seen where these use it.
+TESTED_BY = {"core": ("core/", "collections/Container_test"),
+             "events": ("events/", "os/process_system_test", "crypto/Rijndael_files_test"),
              "host": ("host/", "faults/host_faults_test")}
 
 
