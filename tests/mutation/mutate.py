@@ -32,7 +32,7 @@ HERE = pathlib.Path(__file__).resolve().parents[2]
 FOLDERS = ("core", "collections", "memory", "config", "net", "os", "events", "crypto", "host")
 # A folder's tests, as folders and programs of tests/, where they are not just those in the folder of its name.
 # What core/ and events/ have for other families is seen where these use it.
-TESTED_BY = {"core": ("core/", "collections/Container_test"),
+TESTED_BY = {"core": ("core/", "collections/Container_test", "config/IniFileParser_test"),
              "events": ("events/", "os/process_system_test", "crypto/Rijndael_files_test"),
              "host": ("host/", "faults/host_faults_test")}
 
