@@ -443,6 +443,13 @@ TEST(ContainerTest, SizesBeyond32BitsAreRefusedAsAllocationsAre) {
     EXPECT_EQ(container.size(), 3U);
 }
 
+TEST(ContainerTest, ElementsWithoutBytesCanBeAsManyAs32BitsCount) {
+    Container container(5, 0);
+    container.expand(UINT_MAX - 5);
+    EXPECT_EQ(container.size(), UINT_MAX);
+    EXPECT_TRUE(refuses([&] { container.expand(1); }));
+}
+
 TEST(ContainerTest, ARefusedSizeReachesTheAllocatorWhole) {
     Container container(3, 4);
     EXPECT_TRUE(refuses([&] { container.expandTo(0x40000001U); }));

@@ -339,7 +339,7 @@ TEST_F(RijndaelTest, ConstructorOnlyClearsTheKeyFlag) {
 }
 
 TEST_F(RijndaelTest, DestructorWipesNothing) {
-    alignas(Rijndael) unsigned char memory[sizeof(Rijndael)];
+    alignas(Rijndael) unsigned char memory[sizeof(Rijndael)] = {};
     auto* const cipher = new (memory) Rijndael;
     cipher->makeKey(offered, Rijndael::_nullchain, 16, 16);
     const Bytes before = bytesOf(reinterpret_cast<const char*>(memory), sizeof memory);

@@ -43,7 +43,7 @@ bool unshareMounts() {
 }
 
 bool havePrivateDev() {
-    return unshareMounts() && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+    return unshareMounts() && mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) == 0 &&
            mount("none", "/dev", "tmpfs", 0, nullptr) == 0;
 }
 

@@ -22,6 +22,9 @@ using kfl::recording::setEventHook;
 using kfl::recording::setEventResult;
 using kfl::recording::waitForEvents;
 
+// Before any test has set another one.
+const int resultAtStart = genSyslogEvent(3, 0, 0, 0, "");
+
 class RecordingHostTest : public testing::Test {
   protected:
     RecordingHostTest() { clearEvents(); }
@@ -31,6 +34,8 @@ class RecordingHostTest : public testing::Test {
         clearEvents();
     }
 };
+
+TEST_F(RecordingHostTest, EventsHaveTheResultZeroAtFirst) { EXPECT_EQ(resultAtStart, 0); }
 
 TEST_F(RecordingHostTest, KeepsClassNumbersAndTextInOrder) {
     genSyslogEvent(3, 1, 2, 4, "first");

@@ -205,7 +205,10 @@ TEST(BufferTest, DifferentSizesOrBytesAreUnequal) {
     TextBuffer abd("abd");
     TextBuffer bbc("bbc");
     TextBuffer ab("ab");
+    TextBuffer x("x");
+    TextBuffer y("y");
     TextBuffer empty("");
+    EXPECT_FALSE(x == y);
     EXPECT_FALSE(abc == abd);
     EXPECT_FALSE(abc == bbc);
     EXPECT_FALSE(abc == ab);

@@ -189,6 +189,12 @@ TEST_F(LocalHeapPoolTest, APoolOfExactly32BitsIsAskedFor) {
     EXPECT_EQ(sizes[0], std::size_t{UINT_MAX});
 }
 
+TEST_F(LocalHeapPoolTest, APoolWithoutBlocksIsAskedForAsLongAsABlockHas32Bits) {
+    LocalHeap heap(0, UINT_MAX - wordSize, LocalHeap::Preallocate);
+    ASSERT_EQ(madeCount, 1U);
+    EXPECT_EQ(sizes[0], wordSize);
+}
+
 TEST_F(LocalHeapPoolTest, APoolPast32BitsIsRefusedWithoutAsking) {
     const struct {
         unsigned blocks, size;

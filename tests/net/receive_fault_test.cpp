@@ -223,11 +223,21 @@ TEST_F(ReceiveFaultTest, WaitsOnlyWhenNothingIsThere) {
     EXPECT_EQ(system_.calls[2].length, sizeof buffer_);
 }
 
+TEST_F(ReceiveFaultTest, DoesNotWaitBehindAnEmptyDatagramWhateverErrnoWas) {
+    timeval limit = timeOf(1, 0);
+    system_.recv = {{0}};
+    errno = EAGAIN;
+    EXPECT_EQ(recvFromSocket(37, buffer_, sizeof buffer_, &limit, &code_), -1);
+    EXPECT_EQ(code_, 4);
+    EXPECT_EQ(system_.names(), "recv");
+}
+
 TEST_F(ReceiveFaultTest, GivesSelectNoLimitForAZeroTimeOut) {
     system_.recv = {{-1, EAGAIN}, {7}};
     system_.select = {{1}};
     EXPECT_EQ(receive(37, timeOf(0, 0)), 7);
     EXPECT_EQ(system_.selectLimit, nullptr);
+    EXPECT_EQ(system_.setSize, 38);
 }
 
 TEST_F(ReceiveFaultTest, DoesNotReadWhenTheTimeHasPassed) {
@@ -321,6 +331,7 @@ TEST_F(ReceiveFaultTest, ReportsWhatTheReadAfterTheWaitSays) {
 TEST_F(ReceiveFaultTest, WaitsOnWhenAnotherReaderWasFaster) {
     const Descriptor bound = loopbackSocket();
     system_.calls.clear();
+    system_.recv = {{-1, EAGAIN}};
     system_.select = {{1}};
     const Later sender(std::chrono::milliseconds(50),
                        [&] { sendDatagram(nameOf(bound), "hello"); });
@@ -431,6 +442,7 @@ TEST_F(HighReceiveFaultTest, WritesTheTimeLeftBack) {
         {timeOf(5, 0), {10, 0}, {10, 1}, timeOf(4, 999999)},
         {timeOf(5, 0), {10, 900000000}, {12, 100000000}, timeOf(3, 800000)},
         {timeOf(5, 250000), {10, 0}, {11, 500000000}, timeOf(3, 750000)},
+        {timeOf(5, 250000), {10, 0}, {12, 250000000}, timeOf(3, 0)},
         {timeOf(5, 250000), {10, 0}, {15, 249999999}, timeOf(0, 0)},
         {timeOf(5, 250000), {10, 0}, {15, 249999000}, timeOf(0, 1)},
         {timeOf(5, 250000), {10, 0}, {15, 250000001}, timeOf(0, 0)},

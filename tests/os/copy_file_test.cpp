@@ -125,6 +125,16 @@ TEST_F(CopyFileTest, LeavesNoDescriptorOpen) {
     EXPECT_EQ(kfl_test::openDescriptors(), before);
 }
 
+TEST_F(CopyFileTest, CopiesWhereTheLowestDescriptorsAreFree) {
+    writeSource("content");
+    EXPECT_EQ(statusOfChild([this] {
+                  close(0);
+                  close(1);
+                  return copy() == 0 && contentOf(to_) == "content";
+              }),
+              0);
+}
+
 TEST_F(CopyFileTest, CreatesTheTargetUnderTheUmaskAndKeepsTheModeOfAnOldOne) {
     writeSource("content");
     chmod(from_.c_str(), 0700);

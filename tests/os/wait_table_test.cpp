@@ -77,6 +77,12 @@ TEST(WaitTableTest, DeliversToTheFirstEntryOfAPid) {
     EXPECT_EQ(entries(), (Entries{{7, -1}, {40, 512}, {40, -1}, {8, 2}, {-1, 3}}));
 }
 
+TEST(WaitTableTest, DeliversToTheSmallestPid) {
+    setEntries({{-1, 0}, {1, -1}, {-1, 0}, {-1, 0}, {-1, 0}});
+    EXPECT_TRUE(kfl::osStatusReceived(1, 256));
+    EXPECT_EQ(entries(), (Entries{{-1, 0}, {1, 256}, {-1, 0}, {-1, 0}, {-1, 0}}));
+}
+
 TEST(WaitTableTest, DeliversNothingToFreeEntriesAndStrangers) {
     const Entries before = {{7, 1}, {-1, 0}, {0, -1}, {-5, 2}, {-1, 3}};
     setEntries(before);
