@@ -1,6 +1,7 @@
 // Twenty usual forms of formatting, with makeString and StringFormat beside the C library, stb's
-// sprintf and fmt's printf (the latter two where they are installed). All results are compared
-// before anything is timed.
+// sprintf and fmt's printf (the latter two where they are installed), and beside a bare function of
+// a shared library that hands its arguments on to vsnprintf. All results are compared before
+// anything is timed.
 #include <benchmark/benchmark.h>
 
 #include <cstdarg>
@@ -9,6 +10,7 @@
 #include <cstring>
 #include <string>
 
+#include "benchmarks/bare_format.h"
 #include "kfl/BoundedStringBase.h"
 #include "kfl/StringFormat.h"
 
@@ -105,6 +107,15 @@ const Engine engines[] = {
          });
          return text;
      }},
+    {"bare",
+     [](int form, char*) -> const char* {
+         const char* text = nullptr;
+         withForm(form, [&text](const char* format, auto... arguments) {
+             text = kfl_benchmark::bareFormat(format, arguments...);
+             return 0;
+         });
+         return text;
+     }},
 #ifdef HAVE_STB
     {"stb_snprintf",
      [](int form, char* buf) -> const char* {
@@ -133,6 +144,9 @@ const Engine engines[] = {
      }},
 #endif
 };
+
+// What stands at once, and that alone, is compared with this one.
+const Engine& bare = engines[3];
 
 void compareResults() {
     for (int form = 0; form < forms; ++form) {
@@ -164,14 +178,17 @@ void runAll(benchmark::State& state, const Engine& engine) {
 
 void registerAll() {
     for (const Engine& engine : engines) {
+        if (&engine == &bare) continue;
         benchmark::RegisterBenchmark((std::string("format: twenty forms/") + engine.name).c_str(),
                                      runAll, engine);
     }
     // What stands on vsnprintf is compared with that alone.
     benchmark::RegisterBenchmark("format at once: twenty forms/kfl", runAll, engines[2]);
     benchmark::RegisterBenchmark("format at once: twenty forms/vsnprintf", runAll, engines[1]);
+    benchmark::RegisterBenchmark("format at once: twenty forms/bare", runAll, bare);
     for (int form = 0; form < forms; ++form) {
         for (const Engine& engine : engines) {
+            if (&engine == &bare) continue;
             benchmark::RegisterBenchmark(
                 ("format: form " + std::to_string(form) + "/" + engine.name).c_str(), run, engine,
                 form);

@@ -1,5 +1,6 @@
 // Blocks of 64 bytes, a thousand at a time: LocalHeap beside malloc, std::pmr's pool and
-// boost::pool (where it is installed). What is taken is written to once.
+// boost::pool (where it is installed), and beside the least that a pool of a shared library can do
+// which counts. What is taken is written to once.
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
@@ -7,6 +8,7 @@
 #include <numeric>
 #include <vector>
 
+#include "benchmarks/bare_pool.h"
 #include "benchmarks/contest.h"
 #include "kfl/LocalHeap.h"
 
@@ -64,6 +66,11 @@ void enterOrder(const char* name, const Order& order) {
     enter(
         "pmr", [pmr] { return pmr->allocate(blockSize); },
         [pmr](void* block) { pmr->deallocate(block, blockSize); });
+    // Blocks as far from each other as those of the heap, with their header.
+    const auto bare = std::make_shared<kfl_benchmark::BarePool>(
+        blocks, blockSize + static_cast<unsigned int>(sizeof(void*)));
+    enter(
+        "bare", [bare] { return bare->take(); }, [bare](void* block) { bare->giveBack(block); });
 #ifdef KFL_HAVE_boost_pool
     const auto pool = std::make_shared<boost::pool<>>(blockSize, blocks);
     enter(

@@ -1,10 +1,11 @@
 // Ordered collections of pointers: VoidPtrOrderedCollection beside std::vector<void*>, GLib's
-// GPtrArray and Qt's QVector (the latter two where they are installed), and beside a bare class
-// that does a step or an index through a virtual table.
+// GPtrArray and Qt's QVector (the latter two where they are installed), and beside bare classes of
+// a shared library: one that does a step or an index through a virtual table, one that appends.
 #include <algorithm>
 #include <memory>
 #include <vector>
 
+#include "benchmarks/bare_list.h"
 #include "benchmarks/bare_table.h"
 #include "benchmarks/contest.h"
 #include "kfl/VoidPtrCollection.h"
@@ -36,6 +37,11 @@ void enterAppend() {
         benchmark::DoNotOptimize(any);
         for (unsigned int i = 0; i < many; ++i) list.add(item(i));
         sees.bytes(list.data(), many * sizeof(void*));
+    });
+    contest.enter("bare", [](auto& sees) {
+        kfl_benchmark::BareList list;
+        for (unsigned int i = 0; i < many; ++i) list.add(item(i));
+        sees.bytes(list.slots(), many * sizeof(void*));
     });
     contest.enter("std", [](auto& sees) {
         std::vector<void*> list;

@@ -4,7 +4,9 @@
 #include <cstring>
 
 #include "core/allocation.h"
+#include "core/bounded_output.h"
 #include "core/char_set.h"
+#include "core/equal_bytes.h"
 #include "core/halt.h"
 #include "core/is_within.h"
 #include "core/retired.h"
@@ -48,6 +50,11 @@ bool startsWith(const char* text, const char* start) {
     return true;
 }
 
+// Out of line: the usual way of a comparison needs no stack.
+[[gnu::noinline]] bool equalTexts(const char* a, const char* b) {
+    return *a == *b && std::strcmp(a, b) == 0;
+}
+
 // What strstr finds. A rare first character is found sooner by itself; where it turns out to be a
 // frequent one, the rest is left to strstr.
 const char* findText(const char* text, const char* needle) {
@@ -57,6 +64,15 @@ const char* findText(const char* text, const char* needle) {
         if (!text || startsWith(text, needle)) return text;
     }
     return std::strstr(text, needle);
+}
+
+// Copies to places that may overlap the text.
+inline void moveText(char* to, const char* text, std::size_t n) {
+    if (n <= detail::shortLength) {
+        detail::copyShort(to, text, n);
+    } else {
+        std::memmove(to, text, n);
+    }
 }
 
 // Moves a string of `length` characters to an array with room for `n`; returns the old array.
@@ -89,6 +105,15 @@ inline int putCharacter(char* data, unsigned int& length, unsigned int at, char 
                                     unsigned int increment, char c) {
     const Retired<char> old(makeRoom(data, capacity, length, increment, std::uint64_t{length} + 1));
     return putCharacter(data, length, length, c);
+}
+
+// Writes a text behind the text, where there is room.
+inline int putText(char* data, unsigned int& length, const char* text, std::size_t n) {
+    char* const to = data + length;
+    length += static_cast<unsigned int>(n);
+    moveText(to, text, n);
+    to[n] = '\0';
+    return 1;
 }
 
 // Copies a piece of a string's own text into the gap of `n` characters just opened in it: what
@@ -132,12 +157,11 @@ AString::~AString() { delete[] data_; }
 int AString::append(const char* text) {
     if (!text) return 1;
     const std::size_t n = std::strlen(text);
-    const Retired<char> old(
-        makeRoom(data_, capacity_, length_, increment_, std::uint64_t{length_} + n));
-    std::memmove(data_ + length_, text, n);
-    length_ += static_cast<unsigned int>(n);
-    data_[length_] = '\0';
-    return 1;
+    const std::uint64_t total = std::uint64_t{length_} + n;
+    // Said for fast code alone, which has nothing to release where there is room.
+    if (!wantsSmallCode && total < capacity_) return putText(data_, length_, text, n);
+    const Retired<char> old(makeRoom(data_, capacity_, length_, increment_, total));
+    return putText(data_, length_, text, n);
 }
 
 int AString::append(const char* text, unsigned int n) {
@@ -211,9 +235,11 @@ int AString::expandTo(unsigned int n) {
 bool AString::operator==(const AString& other) const {
     if (length_ != other.length_) return false;
     // Bytes behind a NUL may differ: the texts are equal all the same.
-    if (data_[length_] == '\0' && std::memcmp(data_, other.data_, std::size_t{length_} + 1) == 0)
+    if (data_[length_] == '\0' &&
+        detail::equalBytes(data_, other.data_, std::size_t{length_} + 1)) {
         return true;
-    return *data_ == *other.data_ && std::strcmp(data_, other.data_) == 0;
+    }
+    return equalTexts(data_, other.data_);
 }
 
 int AString::find(const char* needle, int /*start*/) {

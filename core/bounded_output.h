@@ -29,7 +29,7 @@ inline void fillShort(char* to, char c, std::size_t count) {
     }
 }
 
-// Copies up to 16 characters in the same way.
+// Copies up to 16 characters in the same way; the places may overlap.
 inline void copyShort(char* to, const char* from, std::size_t count) {
     if (count >= 8) {
         std::uint64_t words[2];
@@ -44,9 +44,12 @@ inline void copyShort(char* to, const char* from, std::size_t count) {
         std::memcpy(to, &words[0], 4);
         std::memcpy(to + count - 4, &words[1], 4);
     } else if (count > 0) {
-        to[0] = from[0];
-        to[count / 2] = from[count / 2];
-        to[count - 1] = from[count - 1];
+        const char first = from[0];
+        const char middle = from[count / 2];
+        const char last = from[count - 1];
+        to[0] = first;
+        to[count / 2] = middle;
+        to[count - 1] = last;
     }
 }
 

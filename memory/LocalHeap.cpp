@@ -106,17 +106,22 @@ void* LocalHeap::allocateBlock(unsigned size) {
     // Kept on purpose: counted before it is known that there is a block.
     if (++blocksInUse > maxBlocksInUse) maxBlocksInUse = blocksInUse;
     if (firstPool && freeList) return takeBlock(freeList);
-    if (!firstPool) {
-        initialize();
-    } else if (method == GrowOnDemand) {
-        if (void* const pool = createPool()) {
-            writeWord(lastPool, pool);
-            lastPool = pool;
-            freeList = firstSlot(pool, blocksPerPool);
+
+    // Out of line: the usual way needs no stack.
+    constexpr auto takeFromNew = [](LocalHeap & heap) __attribute__((noinline)) {
+        if (!heap.firstPool) {
+            heap.initialize();
+        } else if (heap.method == GrowOnDemand) {
+            if (void* const pool = heap.createPool()) {
+                writeWord(heap.lastPool, pool);
+                heap.lastPool = pool;
+                heap.freeList = firstSlot(pool, heap.blocksPerPool);
+            }
         }
-    }
-    if (!freeList) kfl::detail::haltForever();
-    return takeBlock(freeList);
+        if (!heap.freeList) kfl::detail::haltForever();
+        return takeBlock(heap.freeList);
+    };
+    return takeFromNew(*this);
 }
 
 void LocalHeap::deallocateBlock(void* block, unsigned size) {
