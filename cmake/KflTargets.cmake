@@ -36,6 +36,8 @@ function(kfl_library_flags target)
   target_compile_options(${target} PRIVATE -fno-sized-deallocation -fno-threadsafe-statics
                                            -fno-semantic-interposition
                                            -ffunction-sections -fdata-sections)
+  # The binary interface is read from the debugging information, also where a preset asks for little of it.
+  target_compile_options(${target} PRIVATE $<$<CONFIG:Debug,RelWithDebInfo>:-g>)
   # Room between functions and in front of branches' targets is a tenth of the code, and gains nothing;
   # loops keep theirs.
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
