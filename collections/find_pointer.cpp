@@ -21,9 +21,9 @@ std::uintptr_t valueAt(const char* slots, unsigned int index) {
     return value;
 }
 
-// Whether one of the slots of a step may hold `wanted`: false is certain. There is one branch for
-// all of them. Where pointers have 64 bits two slots are compared at a time, and a lower half that
-// is the wanted one's is enough to look closer.
+// Whether one of the slots of a step may hold `wanted`: false is certain. Where pointers have 64
+// bits two slots are compared at a time, with one branch for all of them, and a lower half that is
+// the wanted one's is enough to look closer.
 bool mayHold(const char* slots, std::uintptr_t wanted) {
     if constexpr (slotSize == 8) {
         using Pair = std::uint64_t __attribute__((vector_size(16)));
@@ -39,8 +39,8 @@ bool mayHold(const char* slots, std::uintptr_t wanted) {
         const Pair all = reinterpret_cast<Pair>(hits);
         return static_cast<std::uint32_t>(all[0] | all[1]) != 0;
     } else {
-        return (valueAt(slots, 0) == wanted) | (valueAt(slots, 1) == wanted) |
-               (valueAt(slots, 2) == wanted) | (valueAt(slots, 3) == wanted);
+        return valueAt(slots, 0) == wanted || valueAt(slots, 1) == wanted ||
+               valueAt(slots, 2) == wanted || valueAt(slots, 3) == wanted;
     }
 }
 
