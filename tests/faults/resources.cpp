@@ -34,7 +34,7 @@ std::string Resources::difference() const {
     const std::vector<int> descriptors = sortedDescriptors();
     if (descriptors != descriptors_) text += " descriptors:" + shown(descriptors) + ';';
     if (hasChildren()) text += " a child;";
-    if (!hasThreads(threads_)) text += ' ' + std::to_string(threadCount()) + " threads;";
+    if (!hasNoMoreThreads(threads_)) text += ' ' + std::to_string(threadCount()) + " threads;";
     return text;
 }
 

@@ -28,8 +28,6 @@ using kfl_test::isToFail;
 namespace {
 
 std::atomic<long> blocks{0};
-// The stream whose reads or writes failed, as ferror has to tell.
-const std::FILE* failedStream = nullptr;
 
 // What a call that does a part only is asked to do.
 std::size_t partOf(std::size_t size) { return size > 1 ? size / 2 : size; }
@@ -234,7 +232,6 @@ int __wrap_pthread_mutex_unlock(pthread_mutex_t* mutex) {
 
 std::FILE* __real_fopen64(const char* path, const char* mode);
 std::FILE* __wrap_fopen64(const char* path, const char* mode) {
-    failedStream = nullptr;
     return isToFail("fopen") ? nullptr : __real_fopen64(path, mode);
 }
 
@@ -252,7 +249,6 @@ std::size_t __real_fread(void* to, std::size_t size, std::size_t count, std::FIL
 std::size_t __wrap_fread(void* to, std::size_t size, std::size_t count, std::FILE* stream) {
     const Interception how = intercept("fread");
     if (how == Interception::none) return __real_fread(to, size, count, stream);
-    failedStream = stream;
     return how == Interception::isShort ? __real_fread(to, size, partOf(count), stream) : 0;
 }
 
@@ -261,12 +257,8 @@ std::size_t __wrap_fwrite(const void* data, std::size_t size, std::size_t count,
                           std::FILE* stream) {
     const Interception how = intercept("fwrite");
     if (how == Interception::none) return __real_fwrite(data, size, count, stream);
-    failedStream = stream;
     return how == Interception::isShort ? __real_fwrite(data, size, partOf(count), stream) : 0;
 }
-
-int __real_ferror(std::FILE* stream);
-int __wrap_ferror(std::FILE* stream) { return stream == failedStream ? 1 : __real_ferror(stream); }
 
 int __real_fseeko64(std::FILE* stream, off64_t offset, int whence);
 int __wrap_fseeko64(std::FILE* stream, off64_t offset, int whence) {

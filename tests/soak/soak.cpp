@@ -55,7 +55,7 @@ Footprint footprint() {
 
 void expectFlat(const Footprint& before, const Footprint& after) {
     EXPECT_EQ(after.descriptors, before.descriptors);
-    EXPECT_TRUE(hasThreads(before.threads)) << threadCount() << " threads";
+    EXPECT_TRUE(hasNoMoreThreads(before.threads)) << threadCount() << " threads";
     EXPECT_FALSE(hasChildren());
     if (ownAllocator) return;
     EXPECT_LE(after.heapBytes, before.heapBytes)
@@ -88,7 +88,7 @@ void soak(const char* work, unsigned long rounds, unsigned long each,
     footprint();  // its own first time is not to be counted
     const Footprint before = footprint();
     for (unsigned long i = warming; i < rounds; ++i) round();
-    ASSERT_TRUE(hasThreads(before.threads)) << threadCount() << " threads";
+    ASSERT_TRUE(hasNoMoreThreads(before.threads)) << threadCount() << " threads";
     const Footprint after = footprint();
     const std::chrono::duration<double> time = Clock::now() - start;
     print(work, rounds * each, time.count(), before, after);
