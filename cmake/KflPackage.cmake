@@ -1,17 +1,18 @@
-# cpack: the Debian packages libkfl1, libkfl-dev and kfl-tools.
+# cpack: the Debian packages libkfl1, libkfl-dev and kfl-tools, and what gdb needs of the first and the last.
 set(KFL_MAINTAINER "libkfl developers <libkfl@localhost>" CACHE STRING "Who maintains the packages")
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT ${KFL_MAINTAINER})
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
-set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL runtime development)
 if(KFL_TOOLS)
   list(APPEND CPACK_COMPONENTS_ALL tools)
 endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+# What is stripped goes into packages of its own, for gdb.
+set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
 
 # What a program needs of other packages, dpkg-shlibdeps finds out; it looks for libkfl in the build folder.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
