@@ -15,8 +15,8 @@ inline unsigned int threadCount() {
     return static_cast<unsigned int>(std::distance(begin(tasks), end(tasks)));
 }
 
-// Whether there are no more threads than were counted before. A joined one may still be listed for a
-// moment, now as well as then: hence the waiting, and hence fewer will do too.
+// Whether there are no more threads than were counted before. A joined one may still be listed for
+// a moment, now as well as then: hence the waiting, and hence fewer will do too.
 inline bool hasNoMoreThreads(unsigned int count) {
     for (int i = 0; i < 2000; ++i) {
         if (threadCount() <= count) return true;
