@@ -49,6 +49,22 @@ class Intercepting : public Container {
 
 using Asked = std::vector<unsigned int>;
 
+// Holds "abcd", and says of itself that it has another size.
+class Misstating : public Container {
+  public:
+    explicit Misstating(unsigned int stated) : Container(4, 1), stated_(stated) {
+        char text[] = "abcd";
+        std::memcpy(data(), text, 4);
+    }
+    unsigned int size() const override { return stated_; }
+
+  private:
+    unsigned int stated_;
+};
+
+// Too small a size, and too large a one.
+constexpr unsigned int misstatements[] = {1, 20};
+
 TEST(ContainerTest, IsNotCopied) {
     EXPECT_FALSE(std::is_copy_constructible<Container>::value);
     EXPECT_FALSE(std::is_copy_assignable<Container>::value);
@@ -424,6 +440,46 @@ TEST(ContainerTest, RefusedGrowthOverwritesNothing) {
     empty.refusing = true;
     EXPECT_EQ(empty.atPut(0, bytes), 0U);
     EXPECT_EQ(source.atGet(0, &empty, 3), 0U);
+}
+
+TEST(ContainerTest, AnOverriddenSizeDecidesNothingForBytes) {
+    for (const unsigned int stated : misstatements) {
+        SCOPED_TRACE(stated);
+        Misstating container(stated);
+        char source[] = "XY";
+        char bytes[] = "..........";
+        EXPECT_EQ(container.atGet(1, bytes, 9), 3U);
+        EXPECT_STREQ(bytes, "bcd.......");
+        EXPECT_EQ(container.atPut(1, source, 2), 2U);
+        EXPECT_EQ(bytesOf(container), "aXYd") << "it fitted";
+        EXPECT_EQ(container.atPut(3, source, 2), 2U);
+        EXPECT_EQ(bytesOf(container), "aXYXY") << "it did not fit";
+        container.expand();
+        EXPECT_EQ(container.capacity(), 7U) << "half of five more";
+        container.expand(2);
+        EXPECT_EQ(bytesOf(container), "aXYXY" + zeros(4));
+        container.expandTo(20);
+        EXPECT_EQ(container.capacity(), 20U);
+        container.expandTo(1);
+        EXPECT_EQ(bytesOf(container), "a");
+    }
+}
+
+TEST(ContainerTest, AnOverriddenSizeDecidesNothingBetweenContainers) {
+    for (const unsigned int stated : misstatements) {
+        SCOPED_TRACE(stated);
+        Misstating source(stated);
+        Misstating container(stated);
+        EXPECT_EQ(container.atPut(0, &source, 2), 2U);
+        EXPECT_EQ(bytesOf(container), "abcd") << "all of the source would have fitted";
+        EXPECT_EQ(container.atPut(1, &source, 2), 2U);
+        EXPECT_EQ(bytesOf(container), "aabd" + zeros(1)) << "room for all of the source";
+        EXPECT_EQ(source.atGet(1, &container, 9), 3U);
+        EXPECT_EQ(bytesOf(container), "bcdd" + zeros(1)) << "it fitted";
+        container.expandTo(2);
+        EXPECT_EQ(source.atGet(0, &container, 3), 3U);
+        EXPECT_EQ(bytesOf(container), "abc") << "it did not fit";
+    }
 }
 
 TEST(ContainerTest, SizesBeyond32BitsAreRefusedAsAllocationsAre) {
