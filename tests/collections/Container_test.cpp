@@ -13,6 +13,7 @@
 namespace {
 
 using kfl::Container;
+using kfl_test::AllocationCount;
 using kfl_test::allocationsOf;
 using kfl_test::failEachRequest;
 using kfl_test::refuses;
@@ -89,8 +90,10 @@ TEST(ContainerTest, ElementSizeAloneGivesOneZeroedElement) {
 }
 
 TEST(ContainerTest, CapacityAndElementSizeGiveZeroedElements) {
+    const AllocationCount count;
     const Container container(7, 3);
-    EXPECT_EQ(kfl_test::lastSize, 21U);
+    EXPECT_EQ(count.madeAsArrays(), 1U);
+    EXPECT_EQ(kfl_test::allocations::lastSize, 21U);
     EXPECT_EQ(container.size(), 7U);
     EXPECT_EQ(container.elementSize(), 3U);
     EXPECT_EQ(bytesOf(container), zeros(21));
@@ -120,13 +123,13 @@ TEST(ContainerTest, ElementsOfNoBytesCountAllTheSame) {
 }
 
 TEST(ContainerTest, DestructorReleasesTheStorage) {
-    const std::size_t before = kfl_test::liveBlocks;
+    const AllocationCount count;
     {
         Container container(5, 8);
         container.expandTo(50);
-        EXPECT_EQ(kfl_test::liveBlocks, before + 1);
+        EXPECT_EQ(count.live(), 1);
     }
-    EXPECT_EQ(kfl_test::liveBlocks, before);
+    EXPECT_EQ(count.live(), 0);
 }
 
 TEST(ContainerTest, ExpandToGrowsToExactlyThatAndZeroesTheRest) {
@@ -156,22 +159,24 @@ TEST(ContainerTest, ExpandToTheCapacityDoesNothing) {
 
 TEST(ContainerTest, ExpandToZeroFreesTheStorage) {
     Text text("abc");
-    const std::size_t before = kfl_test::liveBlocks;
+    const AllocationCount count;
     text.expandTo(0);
     EXPECT_EQ(text.size(), 0U);
     EXPECT_EQ(text.data(), nullptr);
     EXPECT_EQ(text.elementSize(), 1U);
-    EXPECT_EQ(kfl_test::liveBlocks, before - 1);
+    EXPECT_EQ(count.live(), -1);
     text.expandTo(0);
     EXPECT_EQ(text.data(), nullptr);
 }
 
 TEST(ContainerTest, GrowthAllocatesOnceAndFreesTheOldBlock) {
     Text text("abc");
-    const std::size_t before = kfl_test::liveBlocks;
-    EXPECT_EQ(allocationsOf([&] { text.expandTo(1000); }), 1U);
-    EXPECT_EQ(kfl_test::liveBlocks, before);
-    EXPECT_EQ(kfl_test::lastSize, 1000U);
+    const AllocationCount count;
+    text.expandTo(1000);
+    EXPECT_EQ(count.made(), 1U);
+    EXPECT_EQ(count.madeAsArrays(), 1U);
+    EXPECT_EQ(count.live(), 0);
+    EXPECT_EQ(kfl_test::allocations::lastSize, 1000U);
 }
 
 TEST(ContainerTest, ExpandAddsHalfOrTen) {
@@ -194,23 +199,23 @@ TEST(ContainerTest, ExpandByACountAddsExactlyThat) {
 
 TEST(ContainerTest, ResetReleasesTheStorageAndKeepsTheElementSize) {
     Container container(5, 3);
-    const std::size_t before = kfl_test::liveBlocks;
+    const AllocationCount count;
     container.reset();
     EXPECT_EQ(container.data(), nullptr);
     EXPECT_EQ(container.size(), 0U);
     EXPECT_EQ(container.elementSize(), 3U);
-    EXPECT_EQ(kfl_test::liveBlocks, before - 1);
+    EXPECT_EQ(count.live(), -1);
     container.expandTo(2);
     EXPECT_EQ(bytesOf(container), zeros(6));
 }
 
 TEST(ContainerTest, SetDataAdoptsABlockAndLeavesTheCapacity) {
     Text text("abc");
-    const std::size_t before = kfl_test::liveBlocks;
+    const AllocationCount count;
     char* const block = new char[3];
     std::memcpy(block, "xyz", 3);
     EXPECT_EQ(text.setData(block), block);
-    EXPECT_EQ(kfl_test::liveBlocks, before) << "the old block is released";
+    EXPECT_EQ(count.live(), 0) << "the old block is released";
     EXPECT_EQ(text.data(), block);
     EXPECT_EQ(text.size(), 3U);
     EXPECT_EQ(bytesOf(text), "xyz");
@@ -509,7 +514,7 @@ TEST(ContainerTest, ElementsWithoutBytesCanBeAsManyAs32BitsCount) {
 TEST(ContainerTest, ARefusedSizeReachesTheAllocatorWhole) {
     Container container(3, 4);
     EXPECT_TRUE(refuses([&] { container.expandTo(0x40000001U); }));
-    EXPECT_EQ(kfl_test::lastSize, SIZE_MAX);
+    EXPECT_EQ(kfl_test::allocations::lastSize, SIZE_MAX);
 }
 
 TEST(ContainerTest, AFailedAllocationLeavesTheContainerAsItWas) {
@@ -531,7 +536,7 @@ TEST(ContainerTest, AFailedAllocationLeavesTheContainerAsItWas) {
     };
     for (const Row& row : rows) {
         Text text("abc");
-        const std::size_t before = kfl_test::liveBlocks;
+        const AllocationCount count;
         EXPECT_EQ(failEachRequest([&] { row.grow(text, source, bytes); },
                                   [&] {
                                       EXPECT_EQ(text.size(), 3U) << row.name;
@@ -539,16 +544,16 @@ TEST(ContainerTest, AFailedAllocationLeavesTheContainerAsItWas) {
                                   }),
                   1U)
             << row.name;
-        EXPECT_EQ(kfl_test::liveBlocks, before) << row.name;
+        EXPECT_EQ(count.live(), 0) << row.name;
         EXPECT_NE(text.size(), 3U) << row.name;
     }
 }
 
 TEST(ContainerTest, AFailedConstructionLeaksNothing) {
-    const std::size_t before = kfl_test::liveBlocks;
+    const AllocationCount count;
     EXPECT_EQ(failEachRequest([] { const Container one(4); }, [] {}), 1U);
     EXPECT_EQ(failEachRequest([] { const Container many(4, 4); }, [] {}), 1U);
-    EXPECT_EQ(kfl_test::liveBlocks, before);
+    EXPECT_EQ(count.live(), 0);
 }
 
 }  // namespace

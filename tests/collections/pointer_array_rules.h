@@ -99,13 +99,13 @@ TYPED_TEST_P(PointerArrayTest, CapacityZeroHasNoStorage) {
 }
 
 TYPED_TEST_P(PointerArrayTest, DestructorReleasesTheStorageAndLeavesTheItems) {
-    const std::size_t before = liveBlocks;
+    const AllocationCount count;
     {
         typename TestFixture::Array array;
         this->fill(array, 12);
-        EXPECT_EQ(liveBlocks, before + 1);
+        EXPECT_EQ(count.live(), 1);
     }
-    EXPECT_EQ(liveBlocks, before);
+    EXPECT_EQ(count.live(), 0);
 }
 
 TYPED_TEST_P(PointerArrayTest, AddFillsTheFirstEmptySlot) {
