@@ -53,13 +53,13 @@ TEST(CountedNewTest, TellsArraysFromSingleObjects) {
 TEST(CountedNewTest, KnowsABlockThatGoesAnotherWayThanItCame) {
     using kfl_test::allocations::faultOf;
     using kfl_test::allocations::Form;
-    EXPECT_EQ(faultOf({Form::single}, Form::single), nullptr);
-    EXPECT_EQ(faultOf({Form::array}, Form::array), nullptr);
-    EXPECT_STREQ(faultOf({Form::array}, Form::single),
+    EXPECT_EQ(faultOf(Form::single, Form::single), nullptr);
+    EXPECT_EQ(faultOf(Form::array, Form::array), nullptr);
+    EXPECT_STREQ(faultOf(Form::array, Form::single),
                  "A block of array new was given to single delete.\n");
-    EXPECT_STREQ(faultOf({Form::single}, Form::array),
+    EXPECT_STREQ(faultOf(Form::single, Form::array),
                  "A block of single new was given to array delete.\n");
-    EXPECT_STREQ(faultOf({static_cast<Form>(0)}, Form::array),
+    EXPECT_STREQ(faultOf(static_cast<Form>(0), Form::array),
                  "A block was overwritten in front of its start, or did not come from new.\n");
 }
 

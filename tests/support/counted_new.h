@@ -41,27 +41,29 @@ inline const void* releasedBlocks[8] = {};
 // How a block is asked for and given back; numbers that do not stand in memory by chance.
 enum class Form : unsigned int { single = 0x51A61E0B, array = 0xA88A7B0C };
 
-// Stands in front of each block, which is as well aligned behind it as malloc's own.
-struct alignas(std::max_align_t) Front {
+// Stands in front of each block, which is as well aligned behind it as malloc's own. The form is
+// next to the block: it is the first that a write in front of the block meets.
+struct Front {
+    alignas(std::max_align_t) char unused[alignof(std::max_align_t) - sizeof(Form)];
     Form form;
 };
 
-// What is wrong about a block with `front` that is given back as `form`; null when nothing is.
-inline const char* faultOf(const Front& front, Form form) {
-    if (front.form == form) return nullptr;
-    if (front.form == Form::array) return "A block of array new was given to single delete.\n";
-    if (front.form == Form::single) return "A block of single new was given to array delete.\n";
+// What is wrong about a block that came in one form and goes in another; null when nothing is.
+inline const char* faultOf(Form came, Form goes) {
+    if (came == goes) return nullptr;
+    if (came == Form::array) return "A block of array new was given to single delete.\n";
+    if (came == Form::single) return "A block of single new was given to array delete.\n";
     return "A block was overwritten in front of its start, or did not come from new.\n";
 }
 
 // AddressSanitizer sees who reads or writes in front of a block, as it does without this file.
-inline void close([[maybe_unused]] Front* front) noexcept {
+inline void fence([[maybe_unused]] Front* front) noexcept {
 #ifdef __SANITIZE_ADDRESS__
     __asan_poison_memory_region(front, sizeof *front);
 #endif
 }
 
-inline void open([[maybe_unused]] Front* front) noexcept {
+inline void unfence([[maybe_unused]] Front* front) noexcept {
 #ifdef __SANITIZE_ADDRESS__
     __asan_unpoison_memory_region(front, sizeof *front);
 #endif
@@ -73,8 +75,8 @@ inline void* take(std::size_t size, Form form) noexcept {
     if (size > largestBlock) return nullptr;
     void* const start = std::malloc(sizeof(Front) + (size > 0 ? size : 1));
     if (!start) return nullptr;
-    Front* const front = ::new (start) Front{form};
-    close(front);
+    Front* const front = ::new (start) Front{{}, form};
+    fence(front);
     ++made;
     if (form == Form::array) ++madeAsArrays;
     return front + 1;
@@ -89,8 +91,8 @@ inline void* takeOrThrow(std::size_t size, Form form) {
 inline void give(void* block, Form form) noexcept {
     if (!block) return;
     Front* const front = static_cast<Front*>(block) - 1;
-    open(front);
-    if (const char* const fault = faultOf(*front, form)) {
+    unfence(front);
+    if (const char* const fault = faultOf(front->form, form)) {
         std::fputs(fault, stderr);
         std::abort();
     }
