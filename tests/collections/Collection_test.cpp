@@ -164,6 +164,16 @@ TEST_F(OrdCollectTest, AnItemStandsInTheListWhileItIsDeleted) {
     EXPECT_EQ(list.count(), 0U);
 }
 
+TEST_F(OrdCollectTest, TheCountStaysWholeUntilTheLastItemIsDeleted) {
+    std::vector<unsigned int> counts;
+    for (const char name : {'a', 'b', 'c'}) {
+        list.add(object(name, [&] { counts.push_back(list.count()); }));
+    }
+    list.freeContents();
+    EXPECT_EQ(counts, (std::vector<unsigned int>{3, 3, 3}));
+    EXPECT_EQ(list.count(), 0U);
+}
+
 TEST_F(OrdCollectTest, WhatADestructorAddsIsForgottenButNotDeleted) {
     Tracked* const late = object('z');
     list.add(object('a', [&] { list.add(late); }));

@@ -13,6 +13,7 @@
 namespace {
 
 using kfl::Container;
+using kfl_test::AllocationCount;
 using kfl_test::allocationsOf;
 using kfl_test::failEachRequest;
 using kfl_test::refuses;
@@ -49,6 +50,22 @@ class Intercepting : public Container {
 
 using Asked = std::vector<unsigned int>;
 
+// Holds "abcd", and says of itself that it has another size.
+class Misstating : public Container {
+  public:
+    explicit Misstating(unsigned int stated) : Container(4, 1), stated_(stated) {
+        char text[] = "abcd";
+        std::memcpy(data(), text, 4);
+    }
+    unsigned int size() const override { return stated_; }
+
+  private:
+    unsigned int stated_;
+};
+
+// Too small a size, and too large a one.
+constexpr unsigned int misstatements[] = {1, 20};
+
 TEST(ContainerTest, IsNotCopied) {
     EXPECT_FALSE(std::is_copy_constructible<Container>::value);
     EXPECT_FALSE(std::is_copy_assignable<Container>::value);
@@ -73,8 +90,10 @@ TEST(ContainerTest, ElementSizeAloneGivesOneZeroedElement) {
 }
 
 TEST(ContainerTest, CapacityAndElementSizeGiveZeroedElements) {
+    const AllocationCount count;
     const Container container(7, 3);
-    EXPECT_EQ(kfl_test::lastSize, 21U);
+    EXPECT_EQ(count.madeAsArrays(), 1U);
+    EXPECT_EQ(kfl_test::allocations::lastSize, 21U);
     EXPECT_EQ(container.size(), 7U);
     EXPECT_EQ(container.elementSize(), 3U);
     EXPECT_EQ(bytesOf(container), zeros(21));
@@ -104,13 +123,13 @@ TEST(ContainerTest, ElementsOfNoBytesCountAllTheSame) {
 }
 
 TEST(ContainerTest, DestructorReleasesTheStorage) {
-    const std::size_t before = kfl_test::liveBlocks;
+    const AllocationCount count;
     {
         Container container(5, 8);
         container.expandTo(50);
-        EXPECT_EQ(kfl_test::liveBlocks, before + 1);
+        EXPECT_EQ(count.live(), 1);
     }
-    EXPECT_EQ(kfl_test::liveBlocks, before);
+    EXPECT_EQ(count.live(), 0);
 }
 
 TEST(ContainerTest, ExpandToGrowsToExactlyThatAndZeroesTheRest) {
@@ -140,22 +159,24 @@ TEST(ContainerTest, ExpandToTheCapacityDoesNothing) {
 
 TEST(ContainerTest, ExpandToZeroFreesTheStorage) {
     Text text("abc");
-    const std::size_t before = kfl_test::liveBlocks;
+    const AllocationCount count;
     text.expandTo(0);
     EXPECT_EQ(text.size(), 0U);
     EXPECT_EQ(text.data(), nullptr);
     EXPECT_EQ(text.elementSize(), 1U);
-    EXPECT_EQ(kfl_test::liveBlocks, before - 1);
+    EXPECT_EQ(count.live(), -1);
     text.expandTo(0);
     EXPECT_EQ(text.data(), nullptr);
 }
 
 TEST(ContainerTest, GrowthAllocatesOnceAndFreesTheOldBlock) {
     Text text("abc");
-    const std::size_t before = kfl_test::liveBlocks;
-    EXPECT_EQ(allocationsOf([&] { text.expandTo(1000); }), 1U);
-    EXPECT_EQ(kfl_test::liveBlocks, before);
-    EXPECT_EQ(kfl_test::lastSize, 1000U);
+    const AllocationCount count;
+    text.expandTo(1000);
+    EXPECT_EQ(count.made(), 1U);
+    EXPECT_EQ(count.madeAsArrays(), 1U);
+    EXPECT_EQ(count.live(), 0);
+    EXPECT_EQ(kfl_test::allocations::lastSize, 1000U);
 }
 
 TEST(ContainerTest, ExpandAddsHalfOrTen) {
@@ -178,23 +199,23 @@ TEST(ContainerTest, ExpandByACountAddsExactlyThat) {
 
 TEST(ContainerTest, ResetReleasesTheStorageAndKeepsTheElementSize) {
     Container container(5, 3);
-    const std::size_t before = kfl_test::liveBlocks;
+    const AllocationCount count;
     container.reset();
     EXPECT_EQ(container.data(), nullptr);
     EXPECT_EQ(container.size(), 0U);
     EXPECT_EQ(container.elementSize(), 3U);
-    EXPECT_EQ(kfl_test::liveBlocks, before - 1);
+    EXPECT_EQ(count.live(), -1);
     container.expandTo(2);
     EXPECT_EQ(bytesOf(container), zeros(6));
 }
 
 TEST(ContainerTest, SetDataAdoptsABlockAndLeavesTheCapacity) {
     Text text("abc");
-    const std::size_t before = kfl_test::liveBlocks;
+    const AllocationCount count;
     char* const block = new char[3];
     std::memcpy(block, "xyz", 3);
     EXPECT_EQ(text.setData(block), block);
-    EXPECT_EQ(kfl_test::liveBlocks, before) << "the old block is released";
+    EXPECT_EQ(count.live(), 0) << "the old block is released";
     EXPECT_EQ(text.data(), block);
     EXPECT_EQ(text.size(), 3U);
     EXPECT_EQ(bytesOf(text), "xyz");
@@ -426,6 +447,46 @@ TEST(ContainerTest, RefusedGrowthOverwritesNothing) {
     EXPECT_EQ(source.atGet(0, &empty, 3), 0U);
 }
 
+TEST(ContainerTest, AnOverriddenSizeDecidesNothingForBytes) {
+    for (const unsigned int stated : misstatements) {
+        SCOPED_TRACE(stated);
+        Misstating container(stated);
+        char source[] = "XY";
+        char bytes[] = "..........";
+        EXPECT_EQ(container.atGet(1, bytes, 9), 3U);
+        EXPECT_STREQ(bytes, "bcd.......");
+        EXPECT_EQ(container.atPut(1, source, 2), 2U);
+        EXPECT_EQ(bytesOf(container), "aXYd") << "it fitted";
+        EXPECT_EQ(container.atPut(3, source, 2), 2U);
+        EXPECT_EQ(bytesOf(container), "aXYXY") << "it did not fit";
+        container.expand();
+        EXPECT_EQ(container.capacity(), 7U) << "half of five more";
+        container.expand(2);
+        EXPECT_EQ(bytesOf(container), "aXYXY" + zeros(4));
+        container.expandTo(20);
+        EXPECT_EQ(container.capacity(), 20U);
+        container.expandTo(1);
+        EXPECT_EQ(bytesOf(container), "a");
+    }
+}
+
+TEST(ContainerTest, AnOverriddenSizeDecidesNothingBetweenContainers) {
+    for (const unsigned int stated : misstatements) {
+        SCOPED_TRACE(stated);
+        Misstating source(stated);
+        Misstating container(stated);
+        EXPECT_EQ(container.atPut(0, &source, 2), 2U);
+        EXPECT_EQ(bytesOf(container), "abcd") << "all of the source would have fitted";
+        EXPECT_EQ(container.atPut(1, &source, 2), 2U);
+        EXPECT_EQ(bytesOf(container), "aabd" + zeros(1)) << "room for all of the source";
+        EXPECT_EQ(source.atGet(1, &container, 9), 3U);
+        EXPECT_EQ(bytesOf(container), "bcdd" + zeros(1)) << "it fitted";
+        container.expandTo(2);
+        EXPECT_EQ(source.atGet(0, &container, 3), 3U);
+        EXPECT_EQ(bytesOf(container), "abc") << "it did not fit";
+    }
+}
+
 TEST(ContainerTest, SizesBeyond32BitsAreRefusedAsAllocationsAre) {
     Text source("123");
     Container container(3, 4);
@@ -453,7 +514,7 @@ TEST(ContainerTest, ElementsWithoutBytesCanBeAsManyAs32BitsCount) {
 TEST(ContainerTest, ARefusedSizeReachesTheAllocatorWhole) {
     Container container(3, 4);
     EXPECT_TRUE(refuses([&] { container.expandTo(0x40000001U); }));
-    EXPECT_EQ(kfl_test::lastSize, SIZE_MAX);
+    EXPECT_EQ(kfl_test::allocations::lastSize, SIZE_MAX);
 }
 
 TEST(ContainerTest, AFailedAllocationLeavesTheContainerAsItWas) {
@@ -475,7 +536,7 @@ TEST(ContainerTest, AFailedAllocationLeavesTheContainerAsItWas) {
     };
     for (const Row& row : rows) {
         Text text("abc");
-        const std::size_t before = kfl_test::liveBlocks;
+        const AllocationCount count;
         EXPECT_EQ(failEachRequest([&] { row.grow(text, source, bytes); },
                                   [&] {
                                       EXPECT_EQ(text.size(), 3U) << row.name;
@@ -483,16 +544,16 @@ TEST(ContainerTest, AFailedAllocationLeavesTheContainerAsItWas) {
                                   }),
                   1U)
             << row.name;
-        EXPECT_EQ(kfl_test::liveBlocks, before) << row.name;
+        EXPECT_EQ(count.live(), 0) << row.name;
         EXPECT_NE(text.size(), 3U) << row.name;
     }
 }
 
 TEST(ContainerTest, AFailedConstructionLeaksNothing) {
-    const std::size_t before = kfl_test::liveBlocks;
+    const AllocationCount count;
     EXPECT_EQ(failEachRequest([] { const Container one(4); }, [] {}), 1U);
     EXPECT_EQ(failEachRequest([] { const Container many(4, 4); }, [] {}), 1U);
-    EXPECT_EQ(kfl_test::liveBlocks, before);
+    EXPECT_EQ(count.live(), 0);
 }
 
 }  // namespace

@@ -45,6 +45,19 @@ TEST_F(SObjectArrayTest, FreeContentsPassesOverEmptySlotsToTheEndOfTheCapacity) 
     expectAllEmpty(21);
 }
 
+TEST_F(SObjectArrayTest, FreeContentsGoesByTheCapacityWhateverAnOverriddenSizeSays) {
+    class Misstating : public kfl::SObjectArray {
+      public:
+        unsigned int size() const override { return 1; }
+    };
+    Misstating stated;
+    stated.add(object('a'));
+    stated.add(object('b'));
+    stated.freeContents();
+    EXPECT_EQ(deaths, "ab");
+    EXPECT_EQ(stated.idAt(1), nullptr);
+}
+
 TEST_F(SObjectArrayTest, FreeContentsOfNothingDoesNothing) {
     array.freeContents();
     expectAllEmpty(10);

@@ -133,19 +133,19 @@ TEST(VoidPtrStackTest, HoldsAsManyItemsAsItHasSlots) {
 }
 
 TEST(VoidPtrStackTest, AllocatesItsSlotsOnceAndReleasesThem) {
-    const std::size_t before = kfl_test::liveBlocks;
+    const kfl_test::AllocationCount count;
     {
-        const std::size_t requests = kfl_test::allocations;
         VoidPtrStack stack(6);
-        EXPECT_EQ(kfl_test::allocations, requests + 1);
-        EXPECT_EQ(kfl_test::lastSize, 6 * sizeof(void*));
+        EXPECT_EQ(count.made(), 1U);
+        EXPECT_EQ(count.madeAsArrays(), 1U);
+        EXPECT_EQ(kfl_test::allocations::lastSize, 6 * sizeof(void*));
         EXPECT_EQ(kfl_test::allocationsOf([&] {
                       for (int i = 0; i < 9; ++i) stack.push(a);
                       for (int i = 0; i < 9; ++i) stack.pop();
                   }),
                   0U);
     }
-    EXPECT_EQ(kfl_test::liveBlocks, before);
+    EXPECT_EQ(count.live(), 0);
 }
 
 TEST(VoidPtrStackTest, NegativeAndHugeCapacitiesAreRefusedAsAllocationsAre) {
@@ -155,9 +155,9 @@ TEST(VoidPtrStackTest, NegativeAndHugeCapacitiesAreRefusedAsAllocationsAre) {
 }
 
 TEST(VoidPtrStackTest, AFailedAllocationLeaksNothing) {
-    const std::size_t before = kfl_test::liveBlocks;
+    const kfl_test::AllocationCount count;
     EXPECT_EQ(kfl_test::failEachRequest([] { const VoidPtrStack stack(4); }, [] {}), 1U);
-    EXPECT_EQ(kfl_test::liveBlocks, before);
+    EXPECT_EQ(count.live(), 0);
 }
 
 }  // namespace

@@ -29,6 +29,7 @@ class Overriding : public Kind::List {
     }
     Item start(Cursor& it) override {
         noted("start");
+        startedOn = it.collection;
         const Item item = List::start(it);
         if (!startGiven) return item;
         it.position = 1;
@@ -67,6 +68,8 @@ class Overriding : public Kind::List {
     Item givenStart = nullptr;
     Item givenRemoved = nullptr;
     Item givenItem = nullptr;
+    // The collection of the last cursor that was to start.
+    const typename Kind::Base* startedOn = nullptr;
 
   private:
     void noted(const char* call) const {
@@ -117,6 +120,15 @@ TYPED_TEST_P(CursorTest, NewOneStandsOnTheFirstItem) {
     EXPECT_EQ(byPointer.position, 0U);
     EXPECT_EQ(byPointer.current, this->a);
     EXPECT_EQ(byPointer.collection, &this->list);
+}
+
+TYPED_TEST_P(CursorTest, NewOneKnowsItsCollectionWhenThatStartsIt) {
+    auto& own = this->watched;
+    const typename TypeParam::Cursor byReference(own);
+    EXPECT_EQ(own.startedOn, &own);
+    own.startedOn = nullptr;
+    const typename TypeParam::Cursor byPointer(&own);
+    EXPECT_EQ(own.startedOn, &own);
 }
 
 TYPED_TEST_P(CursorTest, NewOneOnAnEmptyCollectionStandsOnNothing) {
@@ -400,9 +412,10 @@ TYPED_TEST_P(CursorTest, AnOverriddenStartLeadsFirstAndAnEmptyEnd) {
 }
 
 REGISTER_TYPED_TEST_SUITE_P(
-    CursorTest, NewOneStandsOnTheFirstItem, NewOneOnAnEmptyCollectionStandsOnNothing,
-    NullCollectionGivesACursorOnNothing, ForwardWalkGivesEachItemThenNullForEver,
-    BackwardWalkGivesEachItemThenNullForEver, AfterTheFrontNextGivesNullAndMovesToTheSecondItem,
+    CursorTest, NewOneStandsOnTheFirstItem, NewOneKnowsItsCollectionWhenThatStartsIt,
+    NewOneOnAnEmptyCollectionStandsOnNothing, NullCollectionGivesACursorOnNothing,
+    ForwardWalkGivesEachItemThenNullForEver, BackwardWalkGivesEachItemThenNullForEver,
+    AfterTheFrontNextGivesNullAndMovesToTheSecondItem,
     AfterTheEndPrevGivesNullAndMovesToTheLastItem, StartAndEndSetTheCursorAnew,
     AStepGivesWhatTheCursorStoodOnWhateverHappenedSince, PastAListThatBecameShorter,
     AListThatBecameLongerGoesOn, AStoredNullLooksLikeTheEndButIsPassed,

@@ -360,13 +360,13 @@ TYPED_TEST_P(OrderedCollectionTest, AOneShrunkToNothingHasNothingToRemove) {
 }
 
 TYPED_TEST_P(OrderedCollectionTest, DestructorReleasesTheStorageAndLeavesTheItems) {
-    const std::size_t before = liveBlocks;
+    const AllocationCount count;
     {
         typename TypeParam::List list;
         this->fill(list, 40);
-        EXPECT_EQ(liveBlocks, before + 1);
+        EXPECT_EQ(count.live(), 1);
     }
-    EXPECT_EQ(liveBlocks, before);
+    EXPECT_EQ(count.live(), 0);
 }
 
 TYPED_TEST_P(OrderedCollectionTest, HugeCapacitiesAreRefusedAsAllocationsAre) {
@@ -407,10 +407,10 @@ TYPED_TEST_P(OrderedCollectionTest, AFailedAllocationLeavesTheCollectionAsItWas)
 
 TYPED_TEST_P(OrderedCollectionTest, AFailedConstructionLeaksNothing) {
     using L = typename TypeParam::List;
-    const std::size_t before = liveBlocks;
+    const AllocationCount count;
     EXPECT_EQ(failEachRequest([] { const L list; }, [] {}), 1U);
     EXPECT_EQ(failEachRequest([] { const L list(25); }, [] {}), 1U);
-    EXPECT_EQ(liveBlocks, before);
+    EXPECT_EQ(count.live(), 0);
 }
 
 REGISTER_TYPED_TEST_SUITE_P(

@@ -31,6 +31,16 @@ class PointerArrayTest : public testing::Test {
         bool refusing = false;
     };
 
+    // Says of itself that it has another size.
+    class Misstating : public Array {
+      public:
+        explicit Misstating(unsigned int stated) : stated_(stated) {}
+        unsigned int size() const override { return stated_; }
+
+      private:
+        unsigned int stated_;
+    };
+
     // All slots of the capacity.
     static std::vector<Item> slots(const Array& array) {
         std::vector<Item> all;
@@ -89,13 +99,13 @@ TYPED_TEST_P(PointerArrayTest, CapacityZeroHasNoStorage) {
 }
 
 TYPED_TEST_P(PointerArrayTest, DestructorReleasesTheStorageAndLeavesTheItems) {
-    const std::size_t before = liveBlocks;
+    const AllocationCount count;
     {
         typename TestFixture::Array array;
         this->fill(array, 12);
-        EXPECT_EQ(liveBlocks, before + 1);
+        EXPECT_EQ(count.live(), 1);
     }
-    EXPECT_EQ(liveBlocks, before);
+    EXPECT_EQ(count.live(), 0);
 }
 
 TYPED_TEST_P(PointerArrayTest, AddFillsTheFirstEmptySlot) {
@@ -291,6 +301,38 @@ TYPED_TEST_P(PointerArrayTest, RefusedGrowthStoresNothing) {
     EXPECT_EQ(array.idAt(9), thing(9));
 }
 
+TYPED_TEST_P(PointerArrayTest, AnOverriddenSizeDecidesNothing) {
+    for (const unsigned int stated : {1U, 20U}) {
+        SCOPED_TRACE(stated);
+        typename TestFixture::Misstating array(stated);
+        this->fill(array, 10);
+        EXPECT_EQ(array.capacity(), 10U);
+        EXPECT_EQ(array.idAt(9), thing(9));
+        EXPECT_EQ(array.indexOfSame(thing(9)), 9);
+        EXPECT_EQ(array.findSame(thing(9)), thing(9));
+        EXPECT_EQ(array.indexOfSame(this->a), -1);
+        EXPECT_EQ(array[9], thing(9));
+        EXPECT_EQ(array.capacity(), 10U);
+        array.add(this->a);
+        EXPECT_EQ(array.capacity(), 15U) << "it was full";
+        EXPECT_EQ(array.idAt(10), this->a);
+        array.atPutId(15, this->b);
+        EXPECT_EQ(array.capacity(), 22U) << "just past the end";
+        array.atPutId(25, this->b);
+        EXPECT_EQ(array.capacity(), 26U) << "further out";
+        EXPECT_EQ(array.idAt(25), this->b);
+        array[30] = this->c;
+        EXPECT_EQ(array.capacity(), 31U);
+        EXPECT_EQ(array.idAt(30), this->c);
+        array.reset();
+        EXPECT_EQ(this->slots(array), std::vector<typename TypeParam::Item>(31));
+        array.setData(nullptr);
+        EXPECT_EQ(array.indexOfSame(this->a), -1);
+        EXPECT_EQ(array[4], nullptr);
+        EXPECT_EQ(array.capacity(), 31U) << "all of the storage is made anew";
+    }
+}
+
 TYPED_TEST_P(PointerArrayTest, WithoutStorageButWithACapacityNothingIsFound) {
     typename TestFixture::Array array;
     array.add(this->a);
@@ -359,8 +401,8 @@ REGISTER_TYPED_TEST_SUITE_P(
     PutWithinTheCapacityTouchesNoAllocator, IndexIsThatOfTheFirstOccurrence,
     SearchCoversTheWholeCapacity, NullIsNeverFound, ResetEmptiesEverySlotAndKeepsTheStorage,
     ShrinkingCutsSlotsOff, AllGrowthPassesTheVirtualExpandTo, RefusedGrowthStoresNothing,
-    WithoutStorageButWithACapacityNothingIsFound, HugeIndexesAreRefusedAsAllocationsAre,
-    AFailedAllocationLeavesTheArrayAsItWas);
+    AnOverriddenSizeDecidesNothing, WithoutStorageButWithACapacityNothingIsFound,
+    HugeIndexesAreRefusedAsAllocationsAre, AFailedAllocationLeavesTheArrayAsItWas);
 
 }  // namespace kfl_test
 

@@ -41,6 +41,28 @@ TEST(CountedNewTest, CountsFailsOnceAndRemembersWhatWasReleased) {
     EXPECT_EQ(count.live(), 0);
 }
 
+TEST(CountedNewTest, TellsArraysFromSingleObjects) {
+    const AllocationCount count;
+    const auto single = std::make_unique<int>(1);
+    EXPECT_EQ(count.madeAsArrays(), 0U);
+    const auto array = std::make_unique<int[]>(3);
+    EXPECT_EQ(count.made(), 2U);
+    EXPECT_EQ(count.madeAsArrays(), 1U);
+}
+
+TEST(CountedNewTest, KnowsABlockThatGoesAnotherWayThanItCame) {
+    using kfl_test::allocations::faultOf;
+    using kfl_test::allocations::Form;
+    EXPECT_EQ(faultOf(Form::single, Form::single), nullptr);
+    EXPECT_EQ(faultOf(Form::array, Form::array), nullptr);
+    EXPECT_STREQ(faultOf(Form::array, Form::single),
+                 "A block of array new was given to single delete.\n");
+    EXPECT_STREQ(faultOf(Form::single, Form::array),
+                 "A block of single new was given to array delete.\n");
+    EXPECT_STREQ(faultOf(static_cast<Form>(0), Form::array),
+                 "A block was overwritten in front of its start, or did not come from new.\n");
+}
+
 // --- How much is asked for ---
 
 TEST(AStringMemoryTest, ConstructionAllocatesTheArrayAndNothingElse) {
@@ -54,6 +76,7 @@ TEST(AStringMemoryTest, ConstructionAllocatesTheArrayAndNothingElse) {
         EXPECT_EQ(kfl_test::allocations::lastSize, 4U);
         const AString copy(empty);
         EXPECT_EQ(count.made(), 3U);
+        EXPECT_EQ(count.madeAsArrays(), 3U);
         EXPECT_EQ(kfl_test::allocations::lastSize, 11U);
         EXPECT_EQ(count.released(), 0U);
     }
@@ -115,6 +138,7 @@ TEST(AStringMemoryTest, AnIteratorAllocatesItsLineAndReleasesIt) {
     {
         const AStringIterator walk(text, 10);
         EXPECT_EQ(count.made(), 1U);
+        EXPECT_EQ(count.madeAsArrays(), 1U);
     }
     EXPECT_EQ(count.live(), 0);
 }
@@ -144,7 +168,9 @@ TEST_P(AStringGrowingTest, AllocatesOnceAndReleasesOnce) {
     GetParam().call(text);
     const unsigned long made = count.made();
     const unsigned long released = count.released();
+    const unsigned long madeAsArrays = count.madeAsArrays();
     EXPECT_EQ(made, 1U);
+    EXPECT_EQ(madeAsArrays, 1U);
     EXPECT_EQ(released, 1U);
     EXPECT_TRUE(count.hasReleased(old));
     EXPECT_EQ(kfl_test::allocations::lastSize, std::size_t{text.capacity()} + 1);
@@ -258,6 +284,8 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(AStringMemoryTest, DeletionThroughTheObjectBaseReleasesTheWholeString) {
     const AllocationCount count;
     auto* const text = new AString("abc");
+    EXPECT_EQ(count.made(), 2U);
+    EXPECT_EQ(count.madeAsArrays(), 1U);
     const void* const data = text->c_str();
     kfl::SObject* const object = text;
     ASSERT_NE(static_cast<void*>(object), static_cast<void*>(text));

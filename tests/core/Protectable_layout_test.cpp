@@ -113,6 +113,41 @@ TEST(ProtectableLayoutTest, TheLastHandleCallsTheDeletingDestructorsSlot) {
     callSlot<void>(0, handle);
 }
 
+// The count is a word without a sign, and only an exact zero is the end: a handle that releases
+// from zero wraps it, and one that releases from beyond 2^31 counts down.
+TEST(ProtectableLayoutTest, OnlyACountOfExactlyZeroDeletes) {
+    ProtectableRoom object;
+    call<void, void*>("_ZN11ProtectableC1Ev", object);
+    HostTable table(object, 2);
+    table.fill(1, &deletingDestructor);
+    setFieldAt<void*>(object, 0, table.start());
+    HandleRoom empty;
+    call<void, void*>("_ZN17ProtectionElementC1Ev", empty);
+    const unsigned int rows[][2] = {
+        {0, 0xFFFFFFFFU}, {0xFFFFFFFFU, 0xFFFFFFFEU}, {0x80000001U, 0x80000000U}, {2, 1}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row[0]);
+        const auto expectReleased = [&](void (*release)(void* handle, const void* other)) {
+            HandleRoom handle;
+            call<void, void*, void*>("_ZN17ProtectionElementC1EP11Protectable", handle, object);
+            setFieldAt<unsigned int>(object, countOffset, row[0]);
+            deleted = nullptr;
+            release(handle, empty);
+            EXPECT_EQ(deleted, nullptr);
+            EXPECT_EQ(object.word(countOffset), row[1]);
+        };
+        expectReleased([](void* handle, const void* /*other*/) {
+            call<void, void*>("_ZN17ProtectionElementD1Ev", handle);
+        });
+        expectReleased([](void* handle, const void* /*other*/) {
+            call<void*, void*, void*>("_ZN17ProtectionElementaSEP11Protectable", handle, nullptr);
+        });
+        expectReleased([](void* handle, const void* other) {
+            call<void*, void*, const void*>("_ZN17ProtectionElementaSERKS_", handle, other);
+        });
+    }
+}
+
 TEST(ProtectableLayoutTest, DeletingDestructorsReleaseTheirObjects) {
     auto* const handle = new ProtectionElement(new Protectable);
     callSlot<void>(1, handle);

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cwchar>
 #include <string>
+#include <thread>
 #include <type_traits>
 
 #include "kfl/AString.h"
@@ -34,6 +35,15 @@ TEST(StringFormatTest, AllObjectsShowTheLastText) {
     EXPECT_STREQ(first.getString(), "second, longer 2");
     EXPECT_STREQ(second.getString(), "second, longer 2");
     EXPECT_EQ(first.getString(), second.getString());
+}
+
+TEST(StringFormatTest, ThreadsShareTheTextToo) {
+    const StringFormat first("first %d", 1);
+    const char* text = nullptr;
+    std::thread other([&] { text = StringFormat("second, longer %d", 2).getString(); });
+    other.join();
+    EXPECT_STREQ(first.getString(), "second, longer 2");
+    EXPECT_EQ(first.getString(), text);
 }
 
 TEST(StringFormatTest, TheTextOutlivesItsObject) {

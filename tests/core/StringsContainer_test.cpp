@@ -258,6 +258,7 @@ TEST(StringsContainerTest, AllocatesItsPlacesOnceAndGivesThemBack) {
     {
         StringsContainer list(100);
         EXPECT_EQ(count.made(), 1U);
+        EXPECT_EQ(count.madeAsArrays(), 1U);
         EXPECT_EQ(kfl_test::allocations::lastSize, 100 * sizeof(char*));
         for (int i = 0; i < 120; ++i) list.addString(a);
         list.clear();
