@@ -10,8 +10,8 @@
 #include "config/line_reader.h"
 #include "config/text_piece.h"
 #include "core/allocation.h"
-#include "core/is_within.h"
 #include "core/owner.h"
+#include "core/set_text.h"
 
 namespace kfl {
 namespace {
@@ -43,19 +43,10 @@ void addKey(st_section& section, TextPiece name, TextPiece value) {
     key.release();
 }
 
-// The old value stays until the new one stands: that may be a piece of it, or find no memory.
-void assign(AString& text, TextPiece value) {
-    const bool own = detail::isWithin(value.begin, text.c_str(), text.length());
-    const unsigned int old = own || value.length() >= text.capacity() ? text.length() : 0;
-    if (old == 0) text.clear();
-    append(text, value);
-    text.erase(0, static_cast<int>(old));
-}
-
 // Stores a value under a key, which is made where it may be; an empty value makes none.
 bool store(st_section& section, TextPiece name, TextPiece value, bool mayCreate) {
     if (st_key* const key = findRecord<st_key>(section.keys, name)) {
-        assign(key->value, value);
+        detail::setText(key->value, value.begin, detail::checkedSize(value.length()));
         return true;
     }
     if (value.empty() || !mayCreate) return false;

@@ -10,6 +10,7 @@
 #include "core/halt.h"
 #include "core/is_within.h"
 #include "core/retired.h"
+#include "core/set_text.h"
 #include "core/small_code.h"
 
 namespace kfl {
@@ -173,6 +174,14 @@ int AString::append(const char* text, unsigned int n) {
     std::memset(data_ + length_ + visible, 0, n - visible + 1);
     length_ += n;
     return 1;
+}
+
+void detail::setText(AString& string, const char* text, unsigned int n) {
+    const Retired<char> old(
+        makeRoom(string.data_, string.capacity_, string.length_, string.increment_, n));
+    std::memmove(string.data_, text, n);
+    string.data_[n] = '\0';
+    string.length_ = n;
 }
 
 int AString::append(const AString& s) { return append(s.data_); }

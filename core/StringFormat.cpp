@@ -15,9 +15,13 @@ char sharedText[500];
 StringFormat::StringFormat(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    const bool isMade = format && vsnprintf(sharedText, sizeof sharedText, format, arguments) >= 0;
+    // The last place is never written but with a NUL: whatever a failure leaves there is a text.
+    if (format) {
+        vsnprintf(sharedText, sizeof sharedText, format, arguments);
+    } else {
+        sharedText[0] = '\0';
+    }
     va_end(arguments);
-    if (!isMade) sharedText[0] = '\0';
 }
 
 StringFormat::~StringFormat() = default;

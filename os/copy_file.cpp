@@ -11,7 +11,8 @@
 namespace kfl {
 namespace {
 
-constexpr size_t bufferSize = 16384;
+// Little enough for threads with small stacks.
+constexpr size_t bufferSize = 4096;
 // The most that one call inside the kernel is asked for; it is fewer than a signed size can count.
 constexpr size_t kernelPiece = 1U << 30;
 

@@ -22,6 +22,12 @@ class StringFormat;
 
 namespace kfl {
 
+class AString;
+namespace detail {
+// For the library's own use.
+void setText(AString& string, const char* text, unsigned int n);
+}  // namespace detail
+
 // Always NUL-terminated. The length is kept beside the text; append(text, n) can make it larger
 // than the visible text, which ends at the first NUL. Capacity grows by at least a fixed increment,
 // so memory stays tight: who knows the final size builds the string with it or calls expandTo once.
@@ -126,6 +132,8 @@ class KFL_EXPORT AString : public Protectable, public SObject {
     }
 
   private:
+    friend void detail::setText(AString& string, const char* text, unsigned int n);
+
     // Where none is given.
     enum : unsigned int { defaultIncrement = 100 };
 

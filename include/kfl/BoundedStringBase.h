@@ -68,6 +68,7 @@ class KFL_EXPORT BoundedStringBase {
     // `args` is the argument list as a va_list is passed to a function: the va_list itself where
     // that type is an array or a pointer (x86, MIPS, PowerPC), its address where it is a structure
     // (ARM). It is not advanced for the caller.
+    // Requires: the texts to be put in lie outside of `buf`.
     static int makeString(char* buf, unsigned int size, const char* fmt, void* args);
 
     // Writes one integer at `out`; returns the new write position. The position never moves to

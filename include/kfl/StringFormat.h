@@ -11,8 +11,9 @@
 // must lock.
 class KFL_EXPORT StringFormat {
   public:
-    // Formats as vsnprintf does, into the shared area; cut after 499 characters. A null format
-    // gives an empty text.
+    // Formats as vsnprintf does, into the shared area; cut after 499 characters. What cannot be
+    // formatted (a character that the locale lacks, a text longer than INT_MAX) is what vsnprintf
+    // left there before it failed. A null format gives an empty text.
     StringFormat(const char* format, ...) __attribute__((format(printf, 2, 3)));
     virtual ~StringFormat();
 

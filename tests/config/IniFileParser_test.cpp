@@ -452,6 +452,27 @@ TEST_F(IniFileParserTest, ValueMayBeAPieceOfTheKeysOwnText) {
     }
 }
 
+// A string that is cleared keeps its room, and grows by its rule when it is filled.
+TEST_F(IniFileParserTest, ReplacedValueGrowsAsAStringThatIsClearedAndFilled) {
+    ASSERT_TRUE(parser.setValue("k", "v", "s"));
+    const kfl::AString& value = key("k", "s").value;
+    kfl::AString model(value);
+    const auto set = [&](const char* text) {
+        const std::string copied = text;
+        ASSERT_TRUE(parser.setValue("k", text, "s"));
+        model.clear();
+        model.append(copied.c_str());
+        EXPECT_EQ(textOf(value), copied);
+        EXPECT_EQ(value.capacity(), model.capacity()) << copied.size();
+    };
+    for (const unsigned int length : {50U, 79U, 80U, 81U, 170U, 180U, 180U, 20U, 181U, 280U, 1000U,
+                                      999U, 1000U, 1101U, 3000U, 2999U, 0U, 3001U}) {
+        set(std::string(length, 'v').c_str());
+        set(value.c_str());
+        set(value.c_str() + length / 3);
+    }
+}
+
 TEST_F(IniFileParserTest, ArgumentsMayBeTextsOfTheParser) {
     ASSERT_TRUE(parser.setValue("k", "v", "s"));
     const st_key& record = key("k", "s");

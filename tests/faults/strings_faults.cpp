@@ -53,7 +53,7 @@ TEST(StringsFaults, Formatting) {
             formatted = format.getString();
             const AString text(format);
         });
-        EXPECT_EQ(formatted, attempt.failed("vsnprintf") ? "" : "7 of nine");
+        EXPECT_EQ(formatted, attempt.failed("vsnprintf") ? "before" : "7 of nine");
         EXPECT_STREQ(StringFormat("%d of %s", 7, "nine").getString(), "7 of nine");
     });
 }

@@ -1,6 +1,7 @@
 // Copies of real files, of every kind that the machine has.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -33,6 +34,9 @@ mode_t modeOf(const std::string& path) {
 }
 
 class CopyFileTest : public testing::Test {
+  public:
+    void copyOnce() const { osCopyFile(from_.c_str(), to_.c_str(), false); }
+
   protected:
     int copy(bool sync = false) const { return osCopyFile(from_.c_str(), to_.c_str(), sync); }
     void writeSource(const std::string& content) const { folder_.write("from", content); }
@@ -46,8 +50,8 @@ TEST_F(CopyFileTest, CopiesEverySize) {
     const std::string bytes = randomBytes(3 << 20);
     for (const std::size_t size :
          {std::size_t{0}, std::size_t{1}, std::size_t{2}, std::size_t{4095}, std::size_t{4096},
-          std::size_t{4097}, std::size_t{16383}, std::size_t{16384}, std::size_t{16385},
-          std::size_t{32768}, std::size_t{100000}, std::size_t{1} << 20, bytes.size()}) {
+          std::size_t{4097}, std::size_t{8191}, std::size_t{8192}, std::size_t{8193},
+          std::size_t{16384}, std::size_t{100000}, std::size_t{1} << 20, bytes.size()}) {
         writeSource(bytes.substr(0, size));
         for (const bool sync : {false, true}) {
             EXPECT_EQ(copy(sync), 0) << size;
@@ -55,6 +59,27 @@ TEST_F(CopyFileTest, CopiesEverySize) {
         }
     }
 }
+
+// Instruments need more of it than the code that they watch.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(CopyFileTest, DoesWithTheSmallestStack) {
+    const std::string bytes = randomBytes(100000);
+    writeSource(bytes);
+    pthread_attr_t attributes;
+    ASSERT_EQ(pthread_attr_init(&attributes), 0);
+    const auto size = static_cast<std::size_t>(sysconf(_SC_THREAD_STACK_MIN));
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, size), 0);
+    const auto body = [](void* test) -> void* {
+        static_cast<CopyFileTest*>(test)->copyOnce();
+        return nullptr;
+    };
+    pthread_t thread = {};
+    ASSERT_EQ(pthread_create(&thread, &attributes, body, this), 0);
+    ASSERT_EQ(pthread_join(thread, nullptr), 0);
+    pthread_attr_destroy(&attributes);
+    EXPECT_TRUE(contentOf(to_) == bytes);
+}
+#endif
 
 TEST_F(CopyFileTest, LeavesTheSourceAsItWas) {
     writeSource("content");
