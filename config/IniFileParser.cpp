@@ -90,9 +90,9 @@ class Filler {
         const char* const separator = detail::findSeparator(line);
         if (!current_ || separator == line.end) return;
         const TextPiece key = detail::trimmed(TextPiece{line.begin, separator});
-        if (store(*current_, key, TextPiece{separator + 1, line.end}, true)) {
-            parser_.modified = true;
-        }
+        // The value is not empty, so it is stored: a line ends neither in blanks nor in separators.
+        store(*current_, key, TextPiece{separator + 1, line.end}, true);
+        parser_.modified = true;
     }
 
     IniFileParser& parser_;

@@ -4,8 +4,12 @@
 #include <unistd.h>
 
 #include <functional>
+#include <map>
 #include <new>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "kfl/IniFileParser.h"
 #include "tests/config/simple_ini_reader.h"
@@ -86,6 +90,73 @@ TEST_F(IniFileParserMemoryTest, TheParserReleasesAllThatItMade) {
     }
     EXPECT_GT(count.made(), 10U);
     EXPECT_EQ(count.live(), 0);
+}
+
+// What stands in the blocks of memory of some records.
+class NamedBlocks {
+  public:
+    void add(const st_key& key) {
+        const std::string name = key.name.c_str();
+        names_[&key] = "key " + name;
+        names_[key.name.c_str()] = "name of " + name;
+        names_[key.value.c_str()] = "value of " + name;
+    }
+    void add(const kfl::st_section& section) {
+        const std::string name = '[' + std::string(section.name.c_str()) + ']';
+        names_[&section] = name;
+        names_[section.name.c_str()] = "name of " + name;
+        for (unsigned int i = 0; i < section.keys.count(); ++i) {
+            add(*static_cast<const st_key*>(section.keys.idAt(i)));
+        }
+    }
+
+    // The names of the blocks that were released, in order.
+    std::string releasedSince(const AllocationCount& count) const {
+        std::vector<const void*> blocks(count.released());
+        EXPECT_LE(blocks.size(), kfl_test::allocations::remembered);
+        for (unsigned long i = 0; i < blocks.size(); ++i) blocks[i] = count.releasedBlock(i);
+
+        std::string released;
+        for (const void* block : blocks) {
+            const auto found = names_.find(block);
+            released += (found != names_.end() ? found->second : "list") + '\n';
+        }
+        return released;
+    }
+
+  private:
+    std::map<const void*, std::string> names_;
+};
+
+TEST_F(IniFileParserMemoryTest, KeysReleaseTheirValueFirst) {
+    auto* const key = new st_key;
+    key->name.append("k");
+    NamedBlocks blocks;
+    blocks.add(*key);
+    const AllocationCount count;
+    delete key;
+    EXPECT_EQ(blocks.releasedSince(count), "value of k\nname of k\nkey k\n");
+}
+
+TEST_F(IniFileParserMemoryTest, RecordsAreReleasedInTheOrderOfTheirLists) {
+    NamedBlocks blocks;
+    std::optional<kfl::IniFileParser> parser(std::in_place);
+    for (const char* key : {"z", "y", "x"}) ASSERT_TRUE(parser->setValue(key, "v", "s"));
+    ASSERT_TRUE(parser->setValue("w", "v", "r"));
+    for (unsigned int i = 0; i < parser->sectionList().count(); ++i) {
+        blocks.add(*static_cast<const kfl::st_section*>(parser->sectionList().idAt(i)));
+    }
+    const AllocationCount count;
+    parser.reset();
+    EXPECT_EQ(blocks.releasedSince(count),
+              "list\nname of []\n[]\n"
+              "value of z\nname of z\nkey z\n"
+              "value of y\nname of y\nkey y\n"
+              "value of x\nname of x\nkey x\n"
+              "list\nname of [s]\n[s]\n"
+              "value of w\nname of w\nkey w\n"
+              "list\nname of [r]\n[r]\n"
+              "list\n");
 }
 
 TEST_F(IniFileParserMemoryTest, ConstructorLeavesNothingBehindWhenItFails) {

@@ -6,6 +6,7 @@
 #include <climits>
 #include <cstring>
 #include <string>
+#include <type_traits>
 
 #include "tests/config/simple_ini_reader.h"
 #include "tests/support/temporary_folder.h"
@@ -14,6 +15,13 @@ namespace {
 
 using kfl_test::contentOf;
 using kfl_test::textOf;
+
+// They own what they hold.
+template <class T>
+constexpr bool isCopied = std::is_copy_constructible<T>::value || std::is_copy_assignable<T>::value;
+static_assert(!isCopied<kfl::IniFileParser>, "the parser is not to be copied");
+static_assert(!isCopied<kfl::st_section>, "sections are not to be copied");
+static_assert(!isCopied<st_key>, "keys are not to be copied");
 
 class IniFileParserTest : public testing::Test {
   protected:
@@ -410,6 +418,33 @@ TEST_F(IniFileParserTest, NewKeysHaveRoomForEightyCharacters) {
     EXPECT_EQ(empty.value.capacity(), 80U);
 }
 
+TEST_F(IniFileParserTest, NewKeysGrowFromEightyCharactersInOneStep) {
+    const struct {
+        std::size_t length;
+        unsigned int capacity;
+    } rows[] = {{79, 80}, {80, 180}, {81, 180}, {180, 180}, {300, 300}};
+    for (const auto& row : rows) {
+        const std::string text(row.length, 't');
+        kfl::AString model(80, 100);
+        model.append(text.c_str());
+        ASSERT_EQ(model.capacity(), row.capacity);
+
+        kfl::IniFileParser set;
+        ASSERT_TRUE(set.setValue(text.c_str(), text.c_str(), ""));
+        kfl::IniFileParser read;
+        const std::string lines = text + "=v\nk=" + text + "\n";
+        ASSERT_TRUE(read.parseFile(folder.write("test.ini", lines).c_str()));
+        const kfl::AString* const made[] = {
+            &set.getKey(text.c_str(), "")->name, &set.getKey(text.c_str(), "")->value,
+            &read.getKey(text.c_str(), "")->name, &read.getKey("k", "")->value};
+        for (const kfl::AString* grown : made) {
+            EXPECT_EQ(textOf(*grown), text);
+            EXPECT_EQ(grown->capacity(), row.capacity) << row.length;
+            EXPECT_EQ(grown->increment(), 100U);
+        }
+    }
+}
+
 TEST_F(IniFileParserTest, SectionsCopyTheirNames) {
     char name[] = "Net";
     const kfl::st_section section(name);
@@ -538,6 +573,31 @@ TEST_F(IniFileParserTest, NamesThatAHostChangedAreFound) {
     EXPECT_EQ(parser.getInt("KEY", "SECTION"), 1);
     parse("[s]\nk=2\n");
     EXPECT_EQ(contentOf(parser), "modified\n[]\n[section]\nkey=1\n[s]\nk=2\n");
+}
+
+TEST_F(IniFileParserTest, OfEqualNamesThatAHostMadeTheFirstIsFound) {
+    parse("[first]\nk=1\nl=2\nm=3\n[second]\nonly=4\n[third]\nk=5\n");
+    kfl::st_section* const first = parser.getSection("first");
+    for (const char* name : {"second", "third"}) {
+        kfl::AString& renamed = parser.getSection(name)->name;
+        renamed.clear();
+        renamed.append("FIRST");
+    }
+    EXPECT_EQ(parser.getSection("first"), first);
+    EXPECT_EQ(parser.getSection("FIRST"), first);
+    EXPECT_EQ(parser.getKey("only", "FIRST"), nullptr);
+
+    st_key& k = key("k", "first");
+    for (const char* name : {"l", "m"}) {
+        kfl::AString& renamed = key(name, "first").name;
+        renamed.clear();
+        renamed.append("K");
+    }
+    EXPECT_EQ(parser.getKey("k", "first"), &k);
+    EXPECT_EQ(parser.getKey("K", "first"), &k);
+    EXPECT_TRUE(parser.setValue("K", "new", "FIRST"));
+    EXPECT_EQ(contentOf(parser),
+              "modified\n[]\n[first]\nk=new\nK=2\nK=3\n[FIRST]\nonly=4\n[FIRST]\nk=5\n");
 }
 
 TEST_F(IniFileParserTest, KeysThatAHostAddedAreFoundAndDeleted) {

@@ -96,11 +96,11 @@ TEST(KeyValuePairTest, ReleasesTheValueBeforeTheKey) {
     auto* const pair = new (room) KeyValuePair(text, text);
     const void* const key = pair->key.c_str();
     const void* const value = pair->value.c_str();
-    const unsigned long before = kfl_test::allocations::released;
+    const kfl_test::AllocationCount count;
     pair->~KeyValuePair();
-    ASSERT_EQ(kfl_test::allocations::released, before + 2);
-    EXPECT_EQ(kfl_test::allocations::releasedBlocks[before % 8], value);
-    EXPECT_EQ(kfl_test::allocations::releasedBlocks[(before + 1) % 8], key);
+    ASSERT_EQ(count.released(), 2U);
+    EXPECT_EQ(count.releasedBlock(0), value);
+    EXPECT_EQ(count.releasedBlock(1), key);
 }
 
 TEST(KeyValuePairTest, AFailedConstructionLeavesNothing) {
@@ -164,11 +164,11 @@ TEST(NameValuePairTest, ReleasesTheValueBeforeTheName) {
     auto* const pair = new (room) NameValuePair("name", "value");
     const void* const name = pair->name.c_str();
     const void* const value = pair->value.c_str();
-    const unsigned long before = kfl_test::allocations::released;
+    const kfl_test::AllocationCount count;
     pair->~NameValuePair();
-    ASSERT_EQ(kfl_test::allocations::released, before + 2);
-    EXPECT_EQ(kfl_test::allocations::releasedBlocks[before % 8], value);
-    EXPECT_EQ(kfl_test::allocations::releasedBlocks[(before + 1) % 8], name);
+    ASSERT_EQ(count.released(), 2U);
+    EXPECT_EQ(count.releasedBlock(0), value);
+    EXPECT_EQ(count.releasedBlock(1), name);
 }
 
 TEST(NameValuePairTest, AFailedConstructionLeavesNothing) {

@@ -602,6 +602,19 @@ TEST(AStringTest, EqualityLooksAtTheLengthsFirstAndAtNothingBehindANul) {
     EXPECT_TRUE(longer == other);
 }
 
+TEST(AStringTest, EqualityLooksAtTextThatWasPutBehindTheLength) {
+    AString text(20U);
+    text.append("ab");
+    AString other(text);
+    std::strcpy(const_cast<char*>(text.c_str()) + 2, "cdef");
+    EXPECT_FALSE(text == other);
+    EXPECT_FALSE(other == text);
+    std::strcpy(const_cast<char*>(other.c_str()) + 2, "cdef");
+    EXPECT_TRUE(text == other);
+    std::strcpy(const_cast<char*>(other.c_str()) + 2, "cdeg");
+    EXPECT_FALSE(text == other);
+}
+
 TEST(AStringTest, FindGivesTheFirstPlaceAndIgnoresTheStart) {
     AString text("hello world");
     for (const int start : {0, 7, 100, -1, INT_MIN, INT_MAX}) {

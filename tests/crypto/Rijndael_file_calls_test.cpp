@@ -10,6 +10,7 @@
 
 #include "tests/crypto/cipher_support.h"
 #include "tests/support/counted_new.h"
+#include "tests/support/marked_parms.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -208,6 +209,48 @@ TEST_F(RijndaelFileCallsTest, MemoryDoesNotGrowWithTheFile) {
     EXPECT_EQ(count.made(), 2U);
     EXPECT_EQ(count.live(), 0);
     EXPECT_LE(kfl_test::allocations::lastSize, 65536U);
+}
+
+// Reports. Only the two with a file's name are for the host to format.
+
+TEST_F(RijndaelFileCallsTest, LetsTheHostMakeTheTextsWithNames) {
+    const kfl_test::MarkedParms marked;
+    const std::string missing = folder / "no";
+    const std::string impossible = folder / "no/out";
+    for (const FileOperation operation : {&Rijndael::encryptFile, &Rijndael::decryptFile}) {
+        callsOf(operation, *cipher, missing, out);
+        callsOf(operation, *cipher, in, impossible);
+        kfl_test::expectEvents(
+            {kfl_test::made("Unable to open %s", "Unable to open " + missing),
+             kfl_test::made("Unable to create %s", "Unable to create " + impossible)});
+    }
+}
+
+TEST_F(RijndaelFileCallsTest, ReportsItsOtherTextsAsTheyAre) {
+    const kfl_test::MarkedParms marked;
+    Bytes memory(48);
+    cipher->makeKey(nullptr, Rijndael::_nullchain, 16, 16);
+    cipher->makeKey(chars(memory), Rijndael::_nullchain, 20, 16);
+    cipher->makeKey(chars(memory), Rijndael::_nullchain, 16, 20);
+    kfl_test::expectEvents({"Empty key", "Incorrect key length", "Incorrect block length"});
+
+    const std::string empty = folder.write("empty", "");
+    cipher->encrypt(chars(memory), chars(memory), 17, Rijndael::modeECB);
+    cipher->decrypt(chars(memory), chars(memory), 0, Rijndael::modeECB);
+    cipher->encryptFile(empty.c_str(), out.c_str(), Rijndael::modeECB);
+    cipher->decryptFile(empty.c_str(), out.c_str(), Rijndael::modeECB);
+    kfl_test::expectEvents(std::vector<std::string>(4, "Data not multiple of Block Size"));
+
+    Rijndael fresh;
+    fresh.DefEncryptBlock(chars(memory), chars(memory));
+    fresh.DefDecryptBlock(chars(memory), chars(memory));
+    fresh.encryptBlock(chars(memory), chars(memory));
+    fresh.decryptBlock(chars(memory), chars(memory));
+    fresh.encrypt(chars(memory), chars(memory), 16, Rijndael::modeECB);
+    fresh.decrypt(chars(memory), chars(memory), 16, Rijndael::modeECB);
+    fresh.encryptFile(in.c_str(), out.c_str(), Rijndael::modeECB);
+    fresh.decryptFile(in.c_str(), out.c_str(), Rijndael::modeECB);
+    kfl_test::expectEvents(std::vector<std::string>(8, "Object not Initialized"));
 }
 
 TEST_F(RijndaelFileCallsTest, BlocksAndTextsTakeNoMemory) {

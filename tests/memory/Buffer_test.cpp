@@ -715,4 +715,69 @@ TEST(BufferTest, ABufferCanBeAppendedToItself) {
     EXPECT_EQ(written(roomy), "abcabc");
 }
 
+// --- what a subclass can change ---
+
+// Its virtual operations do nothing, and do not say how large it is.
+class Contrary : public Buffer {
+  public:
+    using Buffer::Buffer;
+
+    void Reset() override { ++asked; }
+    void Clear() override { ++asked; }
+    unsigned Size() override {
+        ++asked;
+        return 1;
+    }
+    unsigned MaxSize() override {
+        ++asked;
+        return 1;
+    }
+    void SetWriteCount(unsigned) override { ++asked; }
+
+    // What it really holds.
+    std::string text() const {
+        return {reinterpret_cast<const char*>(bytes()), readPosition() + unread()};
+    }
+
+    // How often any of them was called.
+    unsigned asked = 0;
+};
+
+TEST(BufferTest, OnlyTheComparisonAsksTheVirtualOperations) {
+    Contrary buffer(4, 4);
+    EXPECT_EQ(write(buffer, "abcdef"), 6U);  // grows to 16
+    EXPECT_EQ(buffer.bytes() + 16, &buffer[16]);
+    EXPECT_EQ(&buffer[17], &buffer[16]);
+    EXPECT_EQ(read(buffer, 4), "abcd");
+    buffer.Unread(1);
+    EXPECT_EQ(buffer.readPosition(), 3U);
+    buffer.Unwrite(1);
+    buffer[1] = 'B';
+    EXPECT_EQ(buffer.text(), "aBcde");
+    unsigned char port = 'p';
+    EXPECT_EQ(buffer.OneLocationWrite(&port, 2), 2U);
+    EXPECT_EQ(buffer.text(), "aBcdepp");
+    EXPECT_EQ(buffer.OneLocationRead(&port, 2), 2U);
+    EXPECT_EQ(port, 'e');
+
+    Contrary dest(1, 2);
+    EXPECT_EQ(dest.ReadWrite(dest, buffer, 100), 2U);  // grows to 5
+    EXPECT_EQ(dest.text(), "pp");
+    dest += buffer;
+    EXPECT_EQ(dest.text(), "ppaBcdepp");
+    Buffer copy(dest);
+    EXPECT_EQ(written(copy), "ppaBcdepp");
+    EXPECT_EQ(copy.MaxSize(), 9U);
+    copy = buffer;
+    EXPECT_EQ(written(copy), "aBcdepp");
+    EXPECT_EQ(copy.MaxSize(), 16U);
+    static_cast<Buffer&>(dest) = buffer;
+    EXPECT_EQ(dest.text(), "aBcdepp");
+    dest.Unwrite(100);
+    EXPECT_EQ(dest.text(), "");
+
+    EXPECT_EQ(buffer.asked, 0U);
+    EXPECT_EQ(dest.asked, 0U);
+}
+
 }  // namespace

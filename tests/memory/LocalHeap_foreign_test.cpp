@@ -10,6 +10,7 @@
 
 #include "kfl/LocalHeap.h"
 #include "tests/memory/heap_words.h"
+#include "tests/support/halting_call.h"
 
 namespace {
 
@@ -115,6 +116,19 @@ TEST_F(LocalHeapForeignTest, TheFirstPoolTakesThePlaceOfAForeignFreeList) {
     void* const first = allocate(16);
     EXPECT_NE(first, foreign);
     EXPECT_EQ(allocate(16), kfl_test::moved(first, 16 + kfl_test::wordSize));
+}
+
+// The pool of this heap is larger than a pool can be.
+TEST(LocalHeapRefusedTest, APoolThatCannotBeMadeLeavesAForeignFreeListAlone) {
+    LocalHeap large(1U << 28U, 16, LocalHeap::GrowOnDemand);
+    keepArrays = true;
+    void* const foreign = large.allocateBlock(20);
+    large.deallocateBlock(foreign, 20);
+    keepArrays = false;
+    kfl_test::HaltingCall call([&] { large.allocateBlock(16); });
+    ASSERT_FALSE(call.stillRuns()) << "the list is lost, and there is no other block";
+    EXPECT_EQ(large.allocateBlock(16), foreign);
+    EXPECT_EQ(large.inUse(), 0U);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "kfl/OSThread.h"
+#include "tests/support/marked_parms.h"
 #include "tests/support/recording_host.h"
 
 namespace {
@@ -140,6 +141,14 @@ TEST_F(OSThreadSystemTest, ReportsAThreadThatCannotBeCreatedWithTheCallersGroup)
                       (std::vector<Event>{{3, group, 0, 0, "Can't create thread"}}));
         }
     }
+}
+
+TEST_F(OSThreadSystemTest, LetsTheHostMakeTheTextOfItsReport) {
+    const kfl_test::MarkedParms marked;
+    createResult = EAGAIN;
+    EXPECT_EQ(kfl::osCreateThread(910, entry, nullptr, 0), -1);
+    const std::string text = kfl_test::made("Can't create thread", "Can't create thread");
+    EXPECT_EQ(kfl_test::events(), (std::vector<Event>{{3, 910, 0, 0, text}}));
 }
 
 TEST_F(OSThreadSystemTest, CreatesNoThreadThatItCouldNotRemember) {

@@ -18,6 +18,7 @@ namespace {
 std::vector<std::string> calls;
 std::function<bool()> rangeWorks;
 std::function<bool()> sendfileWorks;
+std::function<bool()> positioningWorks;
 std::function<std::size_t(std::size_t)> mostToCopy;
 int readsThatWork = 0;
 int readError = 0;
@@ -92,6 +93,11 @@ ssize_t __wrap_sendfile64(int to, int from, void* at, std::size_t size) {
     return __real_sendfile64(to, from, at, mostToCopy(size));
 }
 
+off64_t __real_lseek64(int file, off64_t offset, int whence);
+off64_t __wrap_lseek64(int file, off64_t offset, int whence) {
+    return positioningWorks() ? __real_lseek64(file, offset, whence) : refuse(ESPIPE);
+}
+
 }  // extern "C"
 
 namespace {
@@ -119,7 +125,7 @@ std::string randomBytes(std::size_t size) {
 class CopyFileSystemTest : public testing::Test {
   protected:
     CopyFileSystemTest() {
-        rangeWorks = sendfileWorks = always;
+        rangeWorks = sendfileWorks = positioningWorks = always;
         mostToCopy = mostToWrite = all;
         readsThatWork = 1000000;
         calls.clear();
@@ -230,6 +236,19 @@ TEST_F(CopyFileSystemTest, KeepsWhatTheKernelCopiedBeforeAReadError) {
     readError = EIO;
     const std::string arrived = copy(5 * bufferSize);
     EXPECT_TRUE(arrived == bytes_.substr(0, 2000));
+}
+
+// Going on from anywhere else would double what is there already.
+TEST_F(CopyFileSystemTest, EndsWhereAFileCannotBePutBehindWhatTheKernelCopied) {
+    mostToCopy = [](std::size_t) { return 1000; };
+    for (const int failing : {0, 1}) {
+        rangeWorks = times(2);
+        sendfileWorks = never;
+        positioningWorks = [failing, call = 0]() mutable { return call++ != failing; };
+        const std::string arrived = copy(5 * bufferSize);
+        EXPECT_TRUE(arrived == bytes_.substr(0, 2000)) << failing;
+        EXPECT_EQ(std::count(calls.begin(), calls.end(), "read"), 1);
+    }
 }
 
 TEST_F(CopyFileSystemTest, WritesOnAfterAShortWrite) {

@@ -12,6 +12,7 @@
 #include "kfl/process.h"
 #include "os/wait_table.h"
 #include "tests/os/children.h"
+#include "tests/support/marked_parms.h"
 
 namespace {
 
@@ -22,6 +23,8 @@ using kfl_test::contentOf;
 using kfl_test::Event;
 using kfl_test::events;
 using kfl_test::exited;
+using kfl_test::made;
+using kfl_test::MarkedParms;
 using Entries = std::vector<std::pair<int, int>>;
 
 constexpr int nobody = 0x7ffffff0;  // a pid that no process has
@@ -263,6 +266,26 @@ TEST_F(OsSystemTest, ReportsAShellThatCannotBeExecutedFromTheChild) {
               std::vector{failure("osSystem(one  two): error " + std::to_string(E2BIG))});
 }
 
+TEST_F(OsSystemTest, LetsTheHostMakeItsTexts) {
+    const MarkedParms marked;
+    failExecs(E2BIG);
+    EXPECT_EQ(kfl::osSystem("a"), exited(127));
+    EXPECT_EQ(events(), std::vector{trace(made("...osSystem: %s", "...osSystem: a"))});
+    EXPECT_EQ(ChildEvents::events(),
+              std::vector{failure(
+                  made("osSystem(%s): error %d", "osSystem(a): error " + std::to_string(E2BIG)))});
+}
+
+TEST_F(OsSystemTest, TracesBeforeItForks) {
+    pretendChild({{0, 0, nothing}});
+    onFork = [] {
+        EXPECT_EQ(events(), std::vector{trace("...osSystem: true")});
+        return nobody;
+    };
+    EXPECT_EQ(kfl::osSystem("true"), 0);
+    EXPECT_EQ(events().size(), 1U);
+}
+
 // osCreateProcess
 
 TEST_F(OsCreateProcessTest, ReportsWhenNoChildCanBeCreated) {
@@ -283,6 +306,36 @@ TEST_F(OsCreateProcessTest, ExecutesTheFirstWordWithAllWords) {
     EXPECT_EQ(executed(), (std::vector<std::string>{"a", "a", "b", "c", "own environment"}));
     EXPECT_EQ(ChildEvents::events(),
               std::vector{failure("Can't execute ( a  b c): error 'Operation not permitted'")});
+}
+
+TEST_F(OsCreateProcessTest, LetsTheHostMakeItsTexts) {
+    const MarkedParms marked;
+    const Event first = trace(made("...osCreateProcess: %s", "...osCreateProcess: a b"));
+    failExecs(EPERM);
+    EXPECT_EQ(kfl::osCreateProcess("a b", true, nullptr), exited(127));
+    EXPECT_EQ(events(), std::vector{first});
+    EXPECT_EQ(ChildEvents::events(),
+              std::vector{failure(made("Can't execute (%s): error '%s'",
+                                       "Can't execute (a b): error 'Operation not permitted'"))});
+    clearEvents();
+    failForks();
+    EXPECT_EQ(kfl::osCreateProcess("a b", true, nullptr), -1);
+    EXPECT_EQ(events(),
+              (std::vector{first, failure(made("Can't create child process to run (%s)",
+                                               "Can't create child process to run (a b)"))}));
+}
+
+TEST_F(OsCreateProcessTest, TracesBeforeItForks) {
+    for (const bool wait : {false, true}) {
+        clearEvents();
+        pretendChild({{0, 0, nothing}});
+        onFork = [] {
+            EXPECT_EQ(events(), std::vector{trace("...osCreateProcess: /bin/true")});
+            return nobody;
+        };
+        EXPECT_EQ(kfl::osCreateProcess("/bin/true", wait, nullptr), wait ? 0 : nobody);
+        EXPECT_EQ(events().size(), 1U);
+    }
 }
 
 // The calls of a child in their order, which it writes down when it comes to its exec.
@@ -452,6 +505,37 @@ TEST_F(OsKillProcessTest, CallsNothingForAPidThatIsNotPositive) {
     };
     EXPECT_EQ(kfl::osKillProcess(0), 0);
     EXPECT_EQ(kfl::osKillProcess(-5), 0);
+}
+
+TEST_F(OsKillProcessTest, LetsTheHostMakeItsTexts) {
+    const MarkedParms marked;
+    pretendChild({{0, 15, nothing}});
+    onKill = [](pid_t, int) { return 0; };
+    EXPECT_EQ(kfl::osKillProcess(nobody), nobody);
+    EXPECT_EQ(events(), std::vector{trace(made("...osKillProcess: %d",
+                                               "...osKillProcess: " + std::to_string(nobody)))});
+    clearEvents();
+    kfl::osKillProcess(-5);
+    EXPECT_EQ(events(), (std::vector{trace(made("...osKillProcess: %d", "...osKillProcess: -5")),
+                                     Event{3, 0, 0, 0,
+                                           made("kfl osKillProcess : (pid %i) is wrong.",
+                                                "kfl osKillProcess : (pid -5) is wrong.")}}));
+}
+
+TEST_F(OsKillProcessTest, TracesBeforeItSendsTheSignalAndWaits) {
+    const std::vector<Event> traced{trace("...osKillProcess: " + std::to_string(nobody))};
+    bool sent = false;
+    pretendChild({{0, 15, [&] {
+                       EXPECT_TRUE(sent);
+                       EXPECT_EQ(events(), traced);
+                   }}});
+    onKill = [&](pid_t, int) {
+        EXPECT_EQ(events(), traced);
+        sent = true;
+        return 0;
+    };
+    EXPECT_EQ(kfl::osKillProcess(nobody), nobody);
+    EXPECT_EQ(events(), traced);
 }
 
 }  // namespace

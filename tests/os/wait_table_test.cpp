@@ -1,6 +1,7 @@
 // The wait table by itself: every claim, delivery and release, entry by entry.
 #include "os/wait_table.h"
 
+#include <errno.h>
 #include <gtest/gtest.h>
 
 #include <tuple>
@@ -88,6 +89,20 @@ TEST(WaitTableTest, DeliversNothingToFreeEntriesAndStrangers) {
     setEntries(before);
     for (const int pid : {-1, 0, -5, 8}) EXPECT_FALSE(kfl::osStatusReceived(pid, 256)) << pid;
     EXPECT_EQ(entries(), before);
+}
+
+// A signal handler may call it: whatever it finds, the interrupted code's errno is as before.
+TEST(WaitTableTest, ADeliveryLeavesErrnoAlone) {
+    for (const int error : {0, EINTR, ECHILD, ESRCH}) {
+        for (const int pid : {40, 41, 0, -1}) {
+            setEntries({{40, -1}, {-1, 0}, {-1, 0}, {-1, 0}, {-1, 0}});
+            errno = error;
+            const bool delivered = kfl::osStatusReceived(pid, 256);
+            const int after = errno;
+            EXPECT_EQ(delivered, pid == 40);
+            EXPECT_EQ(after, error) << pid;
+        }
+    }
 }
 
 }  // namespace

@@ -25,7 +25,8 @@ inline unsigned long released = 0;
 inline unsigned long countdown = 0;
 inline std::size_t lastSize = 0;
 // The last blocks released, in turn.
-inline const void* releasedBlocks[8] = {};
+constexpr unsigned long remembered = 32;
+inline const void* releasedBlocks[remembered] = {};
 
 inline void* take(std::size_t size) noexcept {
     if (countdown > 0 && --countdown == 0) return nullptr;
@@ -44,7 +45,7 @@ inline void* takeOrThrow(std::size_t size) {
 
 inline void give(void* block) noexcept {
     if (!block) return;
-    releasedBlocks[released % 8] = block;
+    releasedBlocks[released % remembered] = block;
     ++released;
     std::free(block);
 }
@@ -61,10 +62,16 @@ class AllocationCount {
     unsigned long released() const { return allocations::released - released_; }
     // Blocks more than there were.
     long live() const { return static_cast<long>(made()) - static_cast<long>(released()); }
-    // Whether the block is among the (last eight) released since.
+    // The `i`-th block released since, from 0 on; only the last ones are remembered.
+    const void* releasedBlock(unsigned long i) const {
+        return allocations::releasedBlocks[(released_ + i) % allocations::remembered];
+    }
+    // Whether the block is among those.
     bool hasReleased(const void* block) const {
-        for (unsigned long i = released() < 8 ? released() : 8; i > 0; --i)
-            if (allocations::releasedBlocks[(allocations::released - i) % 8] == block) return true;
+        const unsigned long n = released();
+        for (unsigned long i = n < allocations::remembered ? 0 : n - allocations::remembered; i < n;
+             ++i)
+            if (releasedBlock(i) == block) return true;
         return false;
     }
 
