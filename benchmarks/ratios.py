@@ -30,11 +30,13 @@ Table = dict[str, dict[str, float]]
 
 
 def read_round(path: str) -> Round:
+    """The least time of a round's repetitions; what is made of them all, a mean or a deviation, is no time of a run."""
     times: Round = collections.defaultdict(dict)
     with open(path) as file:
-        for run in json.load(file)["benchmarks"]:
-            front, who = run["run_name"].rsplit("/", 1)
-            times[front][who] = run["cpu_time"]
+        runs = json.load(file)["benchmarks"]
+    for run in (run for run in runs if run["run_type"] == "iteration"):
+        front, who = run["run_name"].rsplit("/", 1)
+        times[front][who] = min(run["cpu_time"], times[front].get(who, run["cpu_time"]))
     return times
 
 

@@ -22,6 +22,9 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
 OURS = "kfl"
+PAGE = ROOT / "docs" / "performance.md"
+# In the page, what instructions() makes.
+INSTRUCTIONS = re.compile(r"(?<=\n### Instructions\n\n)(?:\|.*\n)+")
 BEGIN, END = "<!-- measured: begin -->", "<!-- measured: end -->"
 PACKAGES = ("g++", "libc6", "libglib2.0-0", "libell0", "libpocofoundation80", "libqt5core5a", "libboost-dev",
             "libfmt-dev", "libstb-dev", "libinih1", "libiniparser1", "libsimpleini1", "libssl3", "libnettle8",
@@ -166,15 +169,14 @@ def report(all_: dict[str, Times], folder: Path) -> list[str]:
 
 
 def put_into_docs(lines: list[str], drawn: list[Path]) -> None:
-    page = ROOT / "docs" / "performance.md"
-    pictures = page.parent / "performance"
+    pictures = PAGE.parent / "performance"
     pictures.mkdir(exist_ok=True)
     for file in drawn:
         (pictures / file.name).write_text(file.read_text())
     shown = [f"![{file.stem}](performance/{file.name})" for file in drawn]
-    before, rest = page.read_text().split(BEGIN)
+    before, rest = PAGE.read_text().split(BEGIN)
     after = rest.split(END)[1]
-    page.write_text("\n".join([before + BEGIN, "", *lines, *shown, "", END]) + after)
+    PAGE.write_text("\n".join([before + BEGIN, "", *lines, *shown, "", END]) + after)
 
 
 def main() -> None:

@@ -22,6 +22,8 @@ constexpr unsigned int oneMillisecond = 1000000;  // in nanoseconds
 // The library keeps the path's pointer and wants the port in network byte order.
 char* mutableText(const kfl::AString& text) { return const_cast<char*>(text.c_str()); }
 
+// The descriptor is 0 before initialize and -1 after one that failed. A socket is never 0 here:
+// that is standard input, which this host never closes.
 bool isOpen(const CommunicationSocket& socket) { return socket.descriptor() > 0; }
 
 // Signals go to the main thread alone: the handler is to interrupt its wait, not the worker's.

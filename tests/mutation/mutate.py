@@ -6,6 +6,7 @@
     scripts/mutate --list                  what would be changed
     scripts/mutate --report                what is known from earlier runs
     scripts/mutate --again                 those that survived, after tests were added
+    scripts/mutate --reasons               whether each reason to survive still has its place; builds nothing
 
 What earlier runs found is kept in build/mutate/results.json as long as the file stays as it is. Survivors that no test
 can tell from the original stand with their reason in tests/mutation/equivalent.txt. Needs root: a changed library may
@@ -158,6 +159,13 @@ def run(options: argparse.Namespace, tree: Tree, found: Mutants, results: dict[s
                   result.get("test", ""), flush=True)
 
 
+def told_stale(reasons: Reasons, mutants: list[Mutant]) -> bool:
+    stale = reasons.without_mutant(mutants)
+    if stale:
+        print("", "Reasons for what is not there:", *stale, sep="\n")
+    return bool(stale)
+
+
 def arguments() -> argparse.Namespace:
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--sample", type=int, metavar="N", help="only N of them, chosen at random")
@@ -168,6 +176,7 @@ def arguments() -> argparse.Namespace:
     parser.add_argument("--list", action="store_true")
     parser.add_argument("--report", action="store_true")
     parser.add_argument("--again", action="store_true")
+    parser.add_argument("--reasons", action="store_true")
     parser.add_argument("--root", type=pathlib.Path, default=HERE, help="of the tree, if not this one")
     return parser.parse_args()
 
@@ -182,16 +191,16 @@ def main() -> None:
         for mutant in chosen(options, found.mutants, {}, reasons):
             print(f"{mutant.file}:{mutant.line}: {mutant.change}")
         return
+    if options.reasons:
+        print(f"{len(found.mutants)} places, {len(reasons.reasons)} reasons")
+        sys.exit(told_stale(reasons, found.mutants))
     results = tree.results()
     if not options.report:
         run(options, tree, found, results, reasons)
     text, is_wrong = report(found.mutants, results, reasons)
     print(text)
-    stale = reasons.without_mutant(found.mutants)
-    if stale:
-        print("", "Reasons for what is not there:", *stale, sep="\n")
-    if is_wrong or stale:
-        sys.exit(1)
+    is_stale = told_stale(reasons, found.mutants)
+    sys.exit(is_wrong or is_stale)
 
 
 if __name__ == "__main__":

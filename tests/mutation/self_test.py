@@ -8,7 +8,7 @@ import tempfile
 import unittest
 
 HERE = pathlib.Path(__file__).resolve().parent
-FATE = re.compile(r"^\d+/\d+ ([\w ]+): core/planted\.cpp:(\d+): (.*?) ?(planted_test)?$", re.M)
+FATE = re.compile(r"^\d+/\d+ ([\w ]+): net/planted\.cpp:(\d+): (.*?) ?(planted_test)?$", re.M)
 
 
 class SelfTest(unittest.TestCase):
@@ -21,6 +21,8 @@ class SelfTest(unittest.TestCase):
         shutil.copytree(HERE / "planted", cls.root)
         cls.first = cls.mutate()
         cls.fates = {(int(line), change): fate for fate, line, change, _ in FATE.findall(cls.first.stdout)}
+        if not cls.fates:
+            raise SystemExit(f"nothing was tried:\n{cls.first.stdout}")
 
     @classmethod
     def tearDownClass(cls) -> None:
@@ -42,14 +44,14 @@ class SelfTest(unittest.TestCase):
     def test_changes_that_no_test_sees_survive(self) -> None:
         self.assertEqual(self.fates[16, "+ -> -"], "survived")
         self.assertEqual(self.first.returncode, 1)
-        self.assertIn("core/planted.cpp:16: + -> -\n    int untested(int a) { return a + 7; }", self.first.stdout)
+        self.assertIn("net/planted.cpp:16: + -> -\n    int untested(int a) { return a + 7; }", self.first.stdout)
 
     def test_changes_that_make_no_other_code_are_left_out(self) -> None:
         self.assertEqual(self.fates[21, "0 -> 1"], "same code")
 
     def test_changes_with_a_reason_count_apart(self) -> None:
         self.assertEqual(self.fates[12, "questions += 1 -> nothing"], "survived")
-        self.assertNotIn("core/planted.cpp:12: questions", self.first.stdout.split("Survived without a reason:")[1])
+        self.assertNotIn("net/planted.cpp:12: questions", self.first.stdout.split("Survived without a reason:")[1])
         self.assertRegex(self.first.stdout, r"(?m)^all +20 +14 +2 +6 +4 +1 +70\.0%$")
 
     def test_comments_texts_and_macros_are_no_places(self) -> None:
@@ -57,7 +59,7 @@ class SelfTest(unittest.TestCase):
         self.assertNotIn((13, "< -> <="), self.fates)
 
     def test_the_tree_itself_stays_as_it_is(self) -> None:
-        source = "core/planted.cpp"
+        source = "net/planted.cpp"
         self.assertEqual((self.root / source).read_bytes(), (HERE / "planted" / source).read_bytes())
 
     def test_what_is_known_is_not_tried_again(self) -> None:
@@ -69,11 +71,16 @@ class SelfTest(unittest.TestCase):
     def test_reasons_for_nothing_are_faults(self) -> None:
         file = self.root / "tests" / "mutation" / "equivalent.txt"
         reasons = file.read_text()
-        file.write_text(f"{reasons}\ncore/planted.cpp: bool isZero(unsigned int a) {{ return a <= 0; }}\n"
+        file.write_text(f"{reasons}\nnet/planted.cpp: bool isZero(unsigned int a) {{ return a <= 0; }}\n"
                         "    - <= -> <\n    - <= -> !=\n    Is told apart.\n")
         shown = self.mutate("--report").stdout
+        places = self.mutate("--reasons")
         file.write_text(reasons)
-        self.assertIn("Reasons for what is not there:\ncore/planted.cpp: bool isZero(unsigned int a) "
+        self.assertEqual(places.returncode, 1, places.stdout)
+        self.assertIn("{ return a <= 0; }: <= -> !=", places.stdout)
+        self.assertNotIn("{ return a <= 0; }: <= -> <\n", places.stdout)
+        self.assertEqual(self.mutate("--reasons").returncode, 0)
+        self.assertIn("Reasons for what is not there:\nnet/planted.cpp: bool isZero(unsigned int a) "
                       "{ return a <= 0; }: <= -> !=", shown)
         self.assertIn("{ return a <= 0; }: <= -> <: has a reason to survive and is killed by planted_test", shown)
 

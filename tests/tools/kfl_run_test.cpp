@@ -1,5 +1,6 @@
 // kfl run, run as people and scripts run it.
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 
@@ -83,6 +84,13 @@ TEST_F(KflRunTest, WhatCannotBeExecutedEndsWith127) {
     EXPECT_EQ(kfl({"run", "--wait", "--", folder.path()}).status, 127);
     EXPECT_EQ(kfl({"run", "--wait", "--", ""}).status, 127);
     EXPECT_EQ(kfl({"run", "--wait", "--output", folder.path(), "--", "echo"}).status, 127);
+}
+
+TEST_F(KflRunTest, WhatCannotBeExecutedIsStartedWithoutWaiting) {
+    const ProgramResult result = kfl({"run", "--", folder / "missing"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_GT(std::atoi(result.output.c_str()), 0) << result.output;
+    EXPECT_EQ(result.errors, "");
 }
 
 TEST_F(KflRunTest, TakesLinesOfUpTo199Bytes) {

@@ -58,6 +58,8 @@ TEST(KflToolTest, HelpGoesByThreeNames) {
     const std::string help = outputOfKfl({"--help"});
     EXPECT_EQ(outputOfKfl({"-h"}), help);
     EXPECT_EQ(outputOfKfl({"help"}), help);
+    EXPECT_EQ(outputOfKfl({"help", "--help"}), help);
+    EXPECT_EQ(outputOfKfl({"help", "-h"}), help);
 }
 
 TEST(KflToolTest, EveryCommandHasAPageByThreeNames) {
@@ -129,8 +131,9 @@ TEST(KflToolTest, EveryOptionTakesAValueWhereThePageSaysSoAndNowhereElse) {
 TEST(KflToolTest, EveryPageTellsTheExitStatusOfWrongUsage) {
     for (const std::string& command : listedCommands()) {
         const std::string page = outputOfKfl({"help", command});
-        const std::string end = page.substr(page.find("\nExit status: 0 "));
-        EXPECT_NE(end.find('2'), std::string::npos) << command;
+        std::string end = page.substr(page.find("\nExit status: 0 "));
+        std::replace(end.begin(), end.end(), '\n', ' ');
+        EXPECT_NE(end.find("2 for wrong usage"), std::string::npos) << command << end;
     }
 }
 
@@ -158,6 +161,13 @@ TEST(KflToolTest, UnknownOptionIsWrongUsage) {
     expectWrongUsage({"--helpp"}, "--helpp", usageLine);
     expectWrongUsage({"-x"}, "'x'", usageLine);
     expectWrongUsage({"--version=1"}, "--version", usageLine);
+}
+
+TEST(KflToolTest, WhatStandsBehindHelpOrVersionIsWrongUsage) {
+    for (const std::string option : {"-h", "--help", "-V", "--version"})
+        for (const std::string surplus : {"ini", "x", "", "--", "--version"})
+            expectWrongUsage({option, surplus}, "kfl: too many arguments", usageLine);
+    expectWrongUsage({"help", "--help", "ini"}, "kfl help: too many arguments", usageLine);
 }
 
 TEST(KflToolTest, OptionsBehindACommandAreTheCommands) {

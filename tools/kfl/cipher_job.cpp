@@ -208,8 +208,10 @@ std::string cipherDetails(const char* purpose) {
            "The ciphertext does not show whether it was changed, and equal blocks stay\n"
            "equal in ecb. Take a new chain block for every file.\n"
            "\n"
-           "Exit status: 0 when done, 1 when a file cannot be read or written, 2 for wrong\n"
-           "usage. OUT is not touched when anything is wrong with the arguments or IN.\n";
+           "Exit status: 0 when done, 1 when it cannot be done: a file cannot be read or\n"
+           "written, IN is empty, no regular file, OUT itself or, for decrypt, no whole\n"
+           "blocks, FILE is empty, or there is no variable NAME; 2 for wrong usage. OUT is\n"
+           "not touched when anything is wrong with the arguments or IN.\n";
 }
 
 CipherJob readCipherJob(Arguments& arguments) {

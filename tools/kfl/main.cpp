@@ -28,7 +28,7 @@ void printHelp() {
     std::puts(
         "\n"
         "Options:\n"
-        "  -h, --help     show this page, or with a command that command's page\n"
+        "  -h, --help     show this page; behind a command, that command's page\n"
         "  -V, --version  show the version\n"
         "\n"
         "Exit status: 0 when done, 1 when what was asked for cannot be done, 2 for wrong\n"
@@ -53,13 +53,20 @@ int runCommand(const Command& command, int count, char** words) {
     return command.run(arguments);
 }
 
-// "help" and "help COMMAND", which is the same as "COMMAND --help".
+[[noreturn]] void refuseSurplus(const char* title) {
+    std::fprintf(stderr, "%s: too many arguments\n", title);
+    endForWrongUsage();
+}
+
+bool asksForHelp(const char* word) {
+    return std::strcmp(word, "--help") == 0 || std::strcmp(word, "-h") == 0;
+}
+
+// "help" and "help COMMAND", which is the same as "COMMAND --help". There is no page on help but
+// the general one.
 int runHelp(int count, char** words) {
-    if (count > 2) {
-        std::fputs("kfl help: too many arguments\n", stderr);
-        endForWrongUsage();
-    }
-    if (count < 2) {
+    if (count > 2) refuseSurplus("kfl help");
+    if (count < 2 || asksForHelp(words[1])) {
         printHelp();
         return succeeded;
     }
@@ -74,7 +81,9 @@ bool answerOptions(int count, char** words) {
     static const option options[] = {helpOption, {"version", no_argument, nullptr, 'V'}, {}};
     char title[] = "kfl";
     words[0] = title;
-    switch (getopt_long(count, words, "+hV", options, nullptr)) {
+    const int letter = getopt_long(count, words, "+hV", options, nullptr);
+    if ((letter == 'h' || letter == 'V') && optind < count) refuseSurplus(title);
+    switch (letter) {
         case -1: return false;
         case 'h': printHelp(); return true;
         case 'V': std::puts("kfl " KFL_VERSION_STRING); return true;

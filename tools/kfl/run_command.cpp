@@ -75,7 +75,9 @@ const Command runCommand = {
     "\n"
     "Exit status: 0 when started, 1 when not, 2 for wrong usage; with --wait that of\n"
     "the program: 127 when it cannot be executed or FILE cannot be opened, 128 and\n"
-    "more when a signal ended it.\n",
+    "more when a signal ended it. Without --wait a program that cannot be executed is\n"
+    "started, too: its number is shown and the status 0. Why it cannot be executed\n"
+    "stands in the system log alone, with --wait as without.\n",
     run};
 
 }  // namespace kfl_tool

@@ -54,11 +54,12 @@ const Command uriCommand = {
     "comes without the slash in front of it.\n"
     "\n"
     "Options:\n"
-    "      --host  split host:port, where the port may be missing, instead\n"
+    "      --host  split host:port, where either may be missing, instead\n"
     "  -h, --help  show this page\n"
     "\n"
     "Exit status: 0 when split, 1 when URI is not such a location (its scheme is not\n"
-    "known, or its host or path is missing), 2 for wrong usage.\n",
+    "known, or its host or path is missing) or, with --host, is empty, 2 for wrong\n"
+    "usage.\n",
     run};
 
 }  // namespace kfl_tool

@@ -26,13 +26,13 @@ class SocketGuard {
         path_[0] = '\0';
     }
     // Takes what `other` owns.
-    SocketGuard(SocketGuard&& other)
+    SocketGuard(SocketGuard&& other) noexcept
         : descriptor_(other.descriptor_), device_(other.device_), file_(other.file_) {
         memcpy(path_, other.path_, sizeof path_);
         other.forget();
     }
     // Finishes with its own, then takes what `other` owns.
-    SocketGuard& operator=(SocketGuard&& other) {
+    SocketGuard& operator=(SocketGuard&& other) noexcept {
         if (this == &other) return *this;
         finish();
         descriptor_ = other.descriptor_;

@@ -15,8 +15,9 @@ inherit cmake
 
 EXTRA_OECMAKE = "-DKFL_TESTS=OFF -DKFL_EXAMPLES=OFF -DKFL_TOOLS=ON"
 
-# The library for hosts, its headers for SDKs (kfl-dev), kfl-host (kfl-staticdev), the command apart.
+# The library for hosts, its headers and gdb's printers for SDKs (kfl-dev), kfl-host (kfl-staticdev), the command apart.
 PACKAGES =+ "${PN}-tools"
-FILES:${PN}-tools = "${bindir}/kfl ${mandir}/man1"
+FILES:${PN}-tools = "${bindir}/kfl ${mandir}/man1 ${datadir}/bash-completion"
+FILES:${PN}-dev += "${datadir}/gdb"
 
 BBCLASSEXTEND = "nativesdk"

@@ -1,4 +1,4 @@
-#include "../../core/planted.h"
+#include "../../net/planted.h"
 
 int main() {
     const bool isRight =
