@@ -20,9 +20,12 @@ using kfl_test::FailingNew;
 
 namespace {
 
+// Out of line, where the compiler cannot see that a block is not needed.
+[[gnu::noinline]] std::unique_ptr<int> made(int value) { return std::make_unique<int>(value); }
+
 TEST(CountedNewTest, CountsFailsOnceAndRemembersWhatWasReleased) {
     const AllocationCount count;
-    auto first = std::make_unique<int>(1);
+    auto first = made(1);
     EXPECT_EQ(count.made(), 1U);
     EXPECT_EQ(count.live(), 1);
     const void* const block = first.get();
@@ -32,18 +35,18 @@ TEST(CountedNewTest, CountsFailsOnceAndRemembersWhatWasReleased) {
     EXPECT_EQ(count.live(), 0);
     {
         const FailingNew second(2);
-        const auto works = std::make_unique<int>(1);
+        const auto works = made(1);
         EXPECT_FALSE(second.happened());
-        EXPECT_THROW(std::make_unique<int>(2), std::bad_alloc);
+        EXPECT_THROW(made(2), std::bad_alloc);
         EXPECT_TRUE(second.happened());
-        EXPECT_NO_THROW(std::make_unique<int>(3));
+        EXPECT_NO_THROW(made(3));
     }
     EXPECT_EQ(count.live(), 0);
 }
 
 TEST(CountedNewTest, TellsArraysFromSingleObjects) {
     const AllocationCount count;
-    const auto single = std::make_unique<int>(1);
+    const auto single = made(1);
     EXPECT_EQ(count.madeAsArrays(), 0U);
     const auto array = std::make_unique<int[]>(3);
     EXPECT_EQ(count.made(), 2U);
