@@ -21,11 +21,11 @@ using kfl_test::FailingNew;
 namespace {
 
 // Out of line, where the compiler cannot see that a block is not needed.
-[[gnu::noinline]] std::unique_ptr<int> made(int value) { return std::make_unique<int>(value); }
+[[gnu::noinline]] std::unique_ptr<int> newInt(int value) { return std::make_unique<int>(value); }
 
 TEST(CountedNewTest, CountsFailsOnceAndRemembersWhatWasReleased) {
     const AllocationCount count;
-    auto first = made(1);
+    auto first = newInt(1);
     EXPECT_EQ(count.made(), 1U);
     EXPECT_EQ(count.live(), 1);
     const void* const block = first.get();
@@ -35,18 +35,18 @@ TEST(CountedNewTest, CountsFailsOnceAndRemembersWhatWasReleased) {
     EXPECT_EQ(count.live(), 0);
     {
         const FailingNew second(2);
-        const auto works = made(1);
+        const auto works = newInt(1);
         EXPECT_FALSE(second.happened());
-        EXPECT_THROW(made(2), std::bad_alloc);
+        EXPECT_THROW(newInt(2), std::bad_alloc);
         EXPECT_TRUE(second.happened());
-        EXPECT_NO_THROW(made(3));
+        EXPECT_NO_THROW(newInt(3));
     }
     EXPECT_EQ(count.live(), 0);
 }
 
 TEST(CountedNewTest, TellsArraysFromSingleObjects) {
     const AllocationCount count;
-    const auto single = made(1);
+    const auto single = newInt(1);
     EXPECT_EQ(count.madeAsArrays(), 0U);
     const auto array = std::make_unique<int[]>(3);
     EXPECT_EQ(count.made(), 2U);
