@@ -1,8 +1,9 @@
 // Strings: AString beside std::string, GLib's GString and ELL's l_string (the latter two where they
-// are installed).
+// are installed), and beside a bare string of a shared library.
 #include <memory>
 #include <string>
 
+#include "benchmarks/bare_text.h"
 #include "benchmarks/contest.h"
 #include "kfl/AString.h"
 
@@ -14,6 +15,7 @@
 #endif
 
 using kfl::AString;
+using kfl_benchmark::BareText;
 using kfl_benchmark::Contest;
 
 namespace {
@@ -30,6 +32,10 @@ std::string madeText(unsigned int n, unsigned int seed) {
 
 template <class Sees>
 void show(Sees& sees, const AString& s) {
+    sees.bytes(s.c_str(), s.length());
+}
+template <class Sees>
+void show(Sees& sees, const BareText& s) {
     sees.bytes(s.c_str(), s.length());
 }
 template <class Sees>
@@ -112,6 +118,7 @@ void enterMake(unsigned int n) {
     const std::string text = madeText(n, 1);
     Contest contest("string: make " + std::to_string(n));
     contest.enter("kfl", [text](auto& sees) { show(sees, AString(text.c_str())); });
+    contest.enter("bare", [text](auto& sees) { show(sees, BareText(text.c_str())); });
     contest.enter("std", [text](auto& sees) { show(sees, std::string(text.c_str())); });
 #ifdef KFL_HAVE_glib
     contest.enter("glib", [text](auto& sees) {
@@ -127,6 +134,8 @@ void enterCopy(unsigned int n) {
     Contest contest("string: copy " + std::to_string(n));
     const AString ours(text.c_str());
     contest.enter("kfl", [ours](auto& sees) { show(sees, AString(ours)); });
+    const BareText theirs(text.c_str());
+    contest.enter("bare", [theirs](auto& sees) { show(sees, BareText(theirs)); });
     contest.enter("std", [text](auto& sees) { show(sees, std::string(text)); });
 #ifdef KFL_HAVE_glib
     GString* const from = g_string_new(text.c_str());
@@ -145,6 +154,9 @@ void enterCompare(unsigned int n) {
     const AString a(text.c_str());
     const AString b(text.c_str());
     contest.enter("kfl", [a, b](auto& sees) { sees.value(int{a == b}); });
+    const BareText c(text.c_str());
+    const BareText d(text.c_str());
+    contest.enter("bare", [c, d](auto& sees) { sees.value(int{c == d}); });
     contest.enter("std", [text, same](auto& sees) {
         benchmark::DoNotOptimize(text.data());
         benchmark::DoNotOptimize(same.data());
@@ -167,6 +179,14 @@ void enterInsertAndErase() {
         sees.value(s->length());
         s->erase(5, 10);
         show(sees, *s);
+    });
+    const auto bare = std::make_shared<BareText>(400U);
+    bare->insert(0, text.c_str());
+    contest.enter("bare", [bare](auto& sees) {
+        bare->insert(5, ten);
+        sees.value(bare->length());
+        bare->erase(5, 10);
+        show(sees, *bare);
     });
     contest.enter("std", [s = text](auto& sees) mutable {
         s.insert(5, ten);
@@ -191,6 +211,8 @@ void enterFind(const char* name, const char* needle) {
     Contest contest(name);
     const auto ours = std::make_shared<AString>(text.c_str());
     contest.enter("kfl", [ours, needle](auto& sees) { sees.value(ours->find(needle, 0)); });
+    const BareText theirs(text.c_str());
+    contest.enter("bare", [theirs, needle](auto& sees) { sees.value(theirs.find(needle)); });
     contest.enter("std", [text, needle](auto& sees) { sees.value(text.find(needle)); });
 #ifdef KFL_HAVE_glib
     contest.enter("glib", [text, needle](auto& sees) {

@@ -1,9 +1,10 @@
 // INI files: parsing one, and looking up every key in it, beside inih, iniparser, GLib's GKeyFile,
-// SimpleIni, POCO and ELL (those of them that are installed). "wide" files have 20 keys a section,
-// "deep" ones all keys in one section.
+// SimpleIni, POCO and ELL (those of them that are installed), and looking up beside a bare walk.
+// "wide" files have 20 keys a section, "deep" ones all keys in one section.
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -81,10 +82,42 @@ class Ours {
     const char* get(const Key& key) {
         return parser_.getValue(key.name.c_str(), key.section.c_str());
     }
-    kfl::st_section* section(const Key& key) { return parser_.getSection(key.section.c_str()); }
+    const kfl::IniFileParser& parser() const { return parser_; }
 
   private:
     kfl::IniFileParser parser_;
+};
+
+// The least that a look-up can do where all that stands in front of an entry is passed: of each
+// name the length is compared, where it is equal the last two characters, and then the rest.
+class Bare {
+  public:
+    explicit Bare(const File& file) : ours_(file) {}
+    const char* get(const Key& key) {
+        const auto* const section =
+            passTo<kfl::st_section>(ours_.parser().sectionList(), key.section);
+        return passTo<kfl::st_key>(section->keys, key.name)->value.c_str();
+    }
+
+  private:
+    // It must be there, and its name have two characters.
+    template <class Record>
+    static const Record* passTo(const kfl::VoidPtrOrderedCollection& records,
+                                const std::string& name) {
+        const auto length = static_cast<unsigned int>(name.size());
+        const char* const lastTwo = name.data() + length - 2;
+        for (void* const* slot = records.data();; ++slot) {
+            const auto* const record = static_cast<const Record*>(*slot);
+            const char* const text = record->name.c_str();
+            if (record->name.length() == length &&
+                std::memcmp(text + length - 2, lastTwo, 2) == 0 &&
+                std::memcmp(text, name.data(), length) == 0) {
+                return record;
+            }
+        }
+    }
+
+    Ours ours_;
 };
 
 #ifdef KFL_HAVE_glib
@@ -208,6 +241,7 @@ void enterAll(const char* shape, const SharedFile& file) {
         enterLookUp<Reader>(lookUp, who, file);
     };
     both("kfl", static_cast<Ours*>(nullptr));
+    enterLookUp<Bare>(lookUp, "bare", file);
 #ifdef KFL_HAVE_ell
     both("ell", static_cast<Ell*>(nullptr));
 #endif
@@ -230,17 +264,21 @@ void enterAll(const char* shape, const SharedFile& file) {
 }
 
 // What a walk costs for each entry that is passed: the last key of a section, over and over. It is
-// compared with the least that a walk can do: it loads the length of each name.
+// compared with a bare walk, and with one that loads the length of each name and nothing else.
 void enterWalk(const SharedFile& file) {
     Contest contest("ini: walk past " + std::to_string(file->keys.size() - 1) + " keys");
-    const auto reader = std::make_shared<Ours>(*file);
-    contest.enter("kfl", [file, reader](auto& sees) { sees.text(reader->get(file->keys.back())); });
-    contest.enter("bare", [file, reader](auto& sees) {
-        const unsigned int length = static_cast<unsigned int>(file->keys.back().name.size());
-        const auto& keys = reader->section(file->keys.back())->keys;
-        const st_key* found = nullptr;
-        for (unsigned int i = 0, count = keys.count(); i < count; ++i) {
-            const auto* const key = static_cast<const st_key*>(keys.data()[i]);
+    const Key& last = file->keys.back();
+    const auto ours = std::make_shared<Ours>(*file);
+    contest.enter("kfl", [&last, ours](auto& sees) { sees.text(ours->get(last)); });
+    const auto bare = std::make_shared<Bare>(*file);
+    contest.enter("bare", [&last, bare](auto& sees) { sees.text(bare->get(last)); });
+    contest.enter("lengths", [&last, ours](auto& sees) {
+        const auto length = static_cast<unsigned int>(last.name.size());
+        const auto* const section =
+            static_cast<const kfl::st_section*>(ours->parser().sectionList().data()[1]);
+        const kfl::st_key* found = nullptr;
+        for (unsigned int i = 0, count = section->keys.count(); i < count; ++i) {
+            const auto* const key = static_cast<const kfl::st_key*>(section->keys.data()[i]);
             if (key->name.length() == length) found = key;
         }
         sees.text(found->value.c_str());

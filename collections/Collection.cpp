@@ -1,6 +1,7 @@
 #include "kfl/Collection.h"
 
 #include "collections/ordered_collection.h"
+#include "core/bases.h"
 
 namespace kfl {
 

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "core/allocation.h"
+#include "core/bases.h"
 #include "kfl/IniFileParser.h"
 
 namespace kfl {

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "core/allocation.h"
+#include "core/bases.h"
 #include "core/bounded_output.h"
 #include "core/char_set.h"
 #include "core/equal_bytes.h"
@@ -204,7 +205,7 @@ int AString::insert(unsigned int pos, const char* text) {
     if (detail::isWithin(text, data_, length_)) {
         copyParted(gap, text, n);
     } else {
-        std::memcpy(gap, text, n);
+        moveText(gap, text, n);
     }
     length_ += static_cast<unsigned int>(n);
     data_[length_] = '\0';

@@ -7,19 +7,25 @@
 #include "core/argument_list.h"
 #include "core/bounded_output.h"
 #include "core/integer_digits.h"
+#include "core/small_code.h"
 
 namespace {
 
 using kfl::detail::ArgumentList;
 using kfl::detail::BoundedOutput;
 using kfl::detail::IntegerDigits;
+using kfl::detail::pointerIn;
+using kfl::detail::wantsSmallCode;
 
 using B = BoundedStringBase;
 
 constexpr int none = -1;
 
 // Plain text of up to this length is copied one by one; a longer one goes on in one go.
-constexpr std::size_t usualStretch = 8;
+constexpr std::size_t usualStretch = 3;
+
+// A sign and the twenty digits of the longest number, or nine places of padding and one digit.
+constexpr std::size_t usualRoom = 21;
 
 // A directive's parts between "%" and the conversion.
 struct Directive {
@@ -28,12 +34,7 @@ struct Directive {
     int precision = none;
     char qualifier = '\0';
 
-    bool isLong() const { return qualifier == 'l' || qualifier == 'L' || qualifier == 'Z'; }
     bool has(int flag) const { return (flags & flag) != 0; }
-    // Without anything that puts characters around a number.
-    bool isPlain() const {
-        return width <= 0 && precision <= 0 && !has(B::PLUS | B::SPACE | B::SPECIAL);
-    }
 };
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
@@ -59,8 +60,8 @@ int flagOf(char c) {
     }
 }
 
+// What stands in front of a signed number; NUL for nothing.
 char signOf(long num, const Directive& directive) {
-    if (!directive.has(B::SIGN)) return '\0';
     if (num < 0) return '-';
     if (directive.has(B::PLUS)) return '+';
     return directive.has(B::SPACE) ? ' ' : '\0';
@@ -76,22 +77,41 @@ int prefixLength(unsigned int base, const Directive& directive) {
 int excess(int a, int b) { return a > b ? a - b : 0; }
 
 void writeDigits(BoundedOutput& out, const IntegerDigits& digits, bool large) {
-    if (char* const place = out.claim(digits.count())) return digits.writeTo(place, large);
     char text[IntegerDigits::maxCount];
-    digits.writeTo(text, large);
-    out.copy(text, digits.count());
+    char* const place = out.claim(digits.count());
+    digits.writeTo(place ? place : text, large);
+    if (!place) out.copy(text, digits.count());
 }
 
-unsigned long magnitudeOf(long num, bool isNegative) {
+bool isLong(char qualifier) { return qualifier == 'l' || qualifier == 'L' || qualifier == 'Z'; }
+
+// The part of an argument that the qualifier names.
+long signedPart(long word, char qualifier) {
+    if (isLong(qualifier)) return word;
+    return qualifier == 'h' ? static_cast<short>(word) : static_cast<int>(word);
+}
+
+unsigned long unsignedPart(unsigned long word, char qualifier) {
+    if (isLong(qualifier)) return word;
+    return qualifier == 'h' ? static_cast<unsigned short>(word) : static_cast<unsigned int>(word);
+}
+
+const char* textIn(long word) {
+    const void* const text = pointerIn(word);
+    return text ? static_cast<const char*>(text) : "<NULL>";
+}
+
+unsigned long magnitudeOf(long num) {
     const unsigned long bits = static_cast<unsigned long>(num);
-    return isNegative ? 0UL - bits : bits;
+    return num < 0 ? 0UL - bits : bits;
 }
 
-// Writes an integer; `base` is one of 2 to 36. Returns where the output stands then.
-char* writeNumber(BoundedOutput out, long num, unsigned int base, Directive directive) {
+// Writes an integer; `sign` is NUL for none, `base` one of 2 to 36. Returns where the output stands
+// then.
+[[gnu::noinline]] char* writeNumber(BoundedOutput out, unsigned long magnitude, char sign,
+                                    unsigned int base, Directive directive) {
     const bool large = directive.has(B::LARGE);
-    const char sign = signOf(num, directive);
-    const IntegerDigits digits(magnitudeOf(num, sign == '-'), base);
+    const IntegerDigits digits(magnitude, base);
     const int prefix = prefixLength(base, directive);
     const int count = static_cast<int>(digits.count());
 
@@ -109,12 +129,17 @@ char* writeNumber(BoundedOutput out, long num, unsigned int base, Directive dire
     return out.position();
 }
 
-// The same where nothing stands around the digits but a "-".
-char* writePlainNumber(BoundedOutput out, long num, unsigned int base, int flags) {
-    const bool isNegative = num < 0 && (flags & B::SIGN) != 0;
-    if (isNegative) out.put('-');
-    writeDigits(out, IntegerDigits(magnitudeOf(num, isNegative), base), (flags & B::LARGE) != 0);
-    return out.position();
+// Writes an integer behind up to nine places of padding, where there is room; returns where it
+// ends.
+[[gnu::noinline]] char* writeWithin(char* to, unsigned long magnitude, bool isNegative,
+                                    unsigned int base, int width, char padding) {
+    const IntegerDigits digits(magnitude, base);
+    const int pad = excess(width, static_cast<int>(digits.count()) + (isNegative ? 1 : 0));
+    if (isNegative && padding == '0') *to++ = '-';
+    kfl::detail::fillShort(to, padding, static_cast<std::size_t>(pad));
+    to += pad;
+    if (isNegative && padding != '0') *to++ = '-';
+    return digits.writeTo(to, false);
 }
 
 char* writeJustified(BoundedOutput out, const Directive& directive, const char* text,
@@ -137,12 +162,13 @@ class Formatter {
         : start_(buf), out_(buf, lastPlace(buf, size)), next_(format), arguments_(arguments) {}
 
     int run() {
-        for (;;) {
-            copyPlain();
-            if (*next_ == '\0') break;
-            ++next_;
-            const Directive directive = readDirective();
-            convert(directive);
+        while (*next_ != '\0') {
+            if (*next_ != '%') {
+                copyPlain();
+            } else {
+                ++next_;
+                if (!convertUsual()) convert(readDirective());
+            }
         }
         *out_.position() = '\0';
         return stored();
@@ -157,17 +183,64 @@ class Formatter {
 
     int stored() const { return static_cast<int>(out_.position() - start_); }
 
-    // Copies all up to the next directive.
+    // Copies all up to the next directive, which is one character at least.
     void copyPlain() {
-        const std::size_t room = out_.room();
-        char* to = out_.position();
-        char* const end = to + (room < usualStretch ? room : usualStretch);
-        while (to != end && *next_ != '\0' && *next_ != '%') *to++ = *next_++;
-        out_.moveTo(to);
-        if (*next_ == '\0' || *next_ == '%') return;
+        if (out_.room() > usualStretch) {
+            char* to = out_.position();
+            char* const end = to + usualStretch;
+            for (char c = *next_; to != end;) {
+                *to++ = c;
+                c = *++next_;
+                if (c == '\0' || c == '%') return out_.moveTo(to);
+            }
+            out_.moveTo(to);
+        }
         const std::size_t rest = std::strcspn(next_, "%");
         out_.copy(next_, rest);
         next_ += rest;
+    }
+
+    // Most directives are one of five letters behind at most a "0", a digit and an "l", and there
+    // is room for any number. Returns false for all others, which are left to convert().
+    bool convertUsual() {
+        if (wantsSmallCode || out_.room() < usualRoom) return false;
+        const char* s = next_;
+        const char padding = *s == '0' ? *s++ : ' ';
+        const int width = isDigit(*s) ? *s++ - '0' : 0;
+        const char qualifier = *s == 'l' ? *s++ : '\0';
+        const char conversion = *s;
+        const bool isText = conversion == 's' || conversion == 'c' || conversion == '%';
+        if (isText ? s != next_ : !isPlainInteger(conversion)) return false;
+        next_ = s + 1;
+
+        if (conversion == '%') {
+            out_.put('%');
+            return true;
+        }
+        const long word = arguments_.next();
+        if (conversion == 's') {
+            copyText(word);
+        } else if (conversion == 'c') {
+            out_.put(static_cast<char>(word));
+        } else if (conversion == 'd') {
+            const long num = signedPart(word, qualifier);
+            out_.moveTo(
+                writeWithin(out_.position(), magnitudeOf(num), num < 0, 10, width, padding));
+        } else {
+            out_.moveTo(writeWithin(out_.position(),
+                                    unsignedPart(static_cast<unsigned long>(word), qualifier),
+                                    false, conversion == 'x' ? 16 : 10, width, padding));
+        }
+        return true;
+    }
+
+    static bool isPlainInteger(char conversion) {
+        return conversion == 'd' || conversion == 'u' || conversion == 'x';
+    }
+
+    void copyText(long word) {
+        const char* const text = textIn(word);
+        out_.copy(text, std::strlen(text));
     }
 
     Directive readDirective() {
@@ -196,7 +269,7 @@ class Formatter {
             directive.width = readDigits(next_);
         } else if (*next_ == '*') {
             ++next_;
-            const int width = arguments_.next<int>();
+            const int width = static_cast<int>(next(arguments_));
             if (width < 0) directive.flags |= B::LEFT;
             directive.width = width >= 0 ? width : -(width + 1) + (width == INT_MIN ? 0 : 1);
         }
@@ -210,7 +283,7 @@ class Formatter {
             directive.precision = readDigits(next_);
         } else if (*next_ == '*') {
             ++next_;
-            const int precision = arguments_.next<int>();
+            const int precision = static_cast<int>(next(arguments_));
             if (precision > 0) directive.precision = precision;
         }
     }
@@ -225,24 +298,26 @@ class Formatter {
             case 'p': return writePointer(directive);
             case 'n': return storeCount(directive);
             case '%': return out_.put('%');
-            case 'o':
-            case 'x':
-            case 'X':
             case 'd':
             case 'i':
-            case 'u': return writeInteger(directive, conversion);
+            case 'o':
+            case 'u':
+            case 'x':
+            case 'X': return writeInteger(directive, conversion);
             default: out_.put('%'); out_.put(conversion);
         }
     }
 
+    // Out of line, as it is asked for in several places.
+    [[gnu::noinline]] static long next(ArgumentList& arguments) { return arguments.next(); }
+
     void writeCharacter(const Directive& directive) {
-        const char c = static_cast<char>(arguments_.next<int>());
+        const char c = static_cast<char>(next(arguments_));
         out_.moveTo(writeJustified(out_, directive, &c, 1));
     }
 
     void writeText(const Directive& directive) {
-        const char* text = arguments_.next<const char*>();
-        if (!text) text = "<NULL>";
+        const char* const text = textIn(next(arguments_));
         const std::size_t length =
             directive.precision < 0 ? std::strlen(text)
                                     : strnlen(text, static_cast<std::size_t>(directive.precision));
@@ -254,15 +329,14 @@ class Formatter {
             directive.width = 8;
             directive.flags |= B::ZEROPAD;
         }
-        void* const pointer = arguments_.next<void*>();
-        out_.moveTo(writeNumber(out_, static_cast<long>(reinterpret_cast<std::intptr_t>(pointer)),
-                                16, directive));
+        directive.qualifier = 'l';
+        writeInteger(directive, 'x');
     }
 
     void storeCount(const Directive& directive) {
-        void* const place = arguments_.next<void*>();
+        void* const place = pointerIn(next(arguments_));
         if (!place) return;
-        if (directive.isLong()) {
+        if (isLong(directive.qualifier)) {
             *static_cast<long*>(place) = stored();
         } else {
             *static_cast<int*>(place) = stored();
@@ -270,25 +344,21 @@ class Formatter {
     }
 
     void writeInteger(Directive directive, char conversion) {
+        const long word = next(arguments_);
         unsigned int base = 10;
-        if (conversion == 'd' || conversion == 'i') directive.flags |= B::SIGN;
-        if (conversion == 'X') directive.flags |= B::LARGE;
-        if (conversion == 'X' || conversion == 'x') base = 16;
         if (conversion == 'o') base = 8;
-        const long num = nextInteger(directive);
-        out_.moveTo(directive.isPlain() ? writePlainNumber(out_, num, base, directive.flags)
-                                        : writeNumber(out_, num, base, directive));
-    }
-
-    // The next integer, brought to the width that the qualifier names.
-    long nextInteger(const Directive& directive) {
-        if (directive.isLong()) return arguments_.next<long>();
-        const int value = arguments_.next<int>();
-        if (directive.has(B::SIGN)) {
-            return directive.qualifier == 'h' ? static_cast<short>(value) : value;
+        if (conversion == 'x' || conversion == 'X') base = 16;
+        if (conversion == 'X') directive.flags |= B::LARGE;
+        char sign = '\0';
+        unsigned long magnitude;
+        if (conversion == 'd' || conversion == 'i') {
+            const long num = signedPart(word, directive.qualifier);
+            sign = signOf(num, directive);
+            magnitude = magnitudeOf(num);
+        } else {
+            magnitude = unsignedPart(static_cast<unsigned long>(word), directive.qualifier);
         }
-        const unsigned int bits = static_cast<unsigned int>(value);
-        return static_cast<long>(directive.qualifier == 'h' ? bits & 0xFFFFU : bits);
+        out_.moveTo(writeNumber(out_, magnitude, sign, base, directive));
     }
 
     char* start_;
@@ -316,7 +386,10 @@ char* BoundedStringBase::number(char* out, char* end, long num, int base, int wi
     directive.flags = flags;
     directive.width = width;
     directive.precision = precision;
-    return writeNumber({out, end - 1}, num, static_cast<unsigned int>(base), directive);
+    const bool isSigned = directive.has(SIGN);
+    return writeNumber(
+        {out, end - 1}, isSigned ? magnitudeOf(num) : static_cast<unsigned long>(num),
+        isSigned ? signOf(num, directive) : '\0', static_cast<unsigned int>(base), directive);
 }
 
 int BoundedStringBase::skip_atoi(const char** s) { return readDigits(*s); }

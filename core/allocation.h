@@ -2,14 +2,19 @@
 #ifndef KFL_CORE_ALLOCATION_H
 #define KFL_CORE_ALLOCATION_H
 
+#include <cstddef>
 #include <cstdint>
+#include <new>
 
 namespace kfl::detail {
 
 // Array new for `bytes` bytes, to be released with array delete. A size that passes 32 bits fails
 // as an allocation does: the allocator is asked for what it must refuse, so it is the one that
 // throws.
-[[gnu::noinline]] char* allocateArray(std::uint64_t bytes);
+inline char* allocateArray(std::uint64_t bytes) {
+    const std::size_t size = bytes > UINT32_MAX ? SIZE_MAX : static_cast<std::size_t>(bytes);
+    return static_cast<char*>(::operator new[](size));
+}
 
 // The same for `count` elements of `elementSize` bytes.
 inline char* allocateArray(unsigned int count, std::uint64_t elementSize) {

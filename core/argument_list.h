@@ -3,6 +3,7 @@
 #define KFL_CORE_ARGUMENT_LIST_H
 
 #include <cstdarg>
+#include <cstring>
 #include <type_traits>
 
 namespace kfl::detail {
@@ -18,6 +19,14 @@ std::conditional_t<std::is_pointer<List>::value, List, List&> listBehind(void* a
     }
 }
 
+// The pointer that was handed over as this word.
+inline void* pointerIn(long word) {
+    static_assert(sizeof(long) == sizeof(void*), "a pointer is a word");
+    void* pointer;
+    std::memcpy(&pointer, &word, sizeof pointer);
+    return pointer;
+}
+
 // Arguments are taken from a copy: the caller's list stays as it is.
 class ArgumentList {
   public:
@@ -26,10 +35,9 @@ class ArgumentList {
     ArgumentList(const ArgumentList&) = delete;
     ArgumentList& operator=(const ArgumentList&) = delete;
 
-    template <class T>
-    T next() {
-        return va_arg(list_, T);
-    }
+    // The next int, long or pointer. Each is handed over as one word on every machine that the
+    // library runs on, an int as the low part of it.
+    long next() { return va_arg(list_, long); }
 
   private:
     va_list list_;

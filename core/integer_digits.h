@@ -29,19 +29,24 @@ class IntegerDigits {
     // 1 for zero.
     unsigned int count() const { return count_; }
 
-    // Writes the digits to the places from `to` on.
-    void writeTo(char* to, bool large) const {
-        char* const end = to + count_;
-        const char* const digits = large ? largeDigits : smallDigits;
-        switch (base_) {
-            case 10: return writeDecimal(end);
-            case 16: return writeBits<4>(end, digits);
-            case 8: return writeBits<3>(end, digits);
-            default: writeAny(end, digits);
-        }
+    // Writes the digits to the places from `to` on; returns where they end.
+    char* writeTo(char* to, bool large) const {
+        return writeBefore(to + count_, value_, base_, large ? largeDigits : smallDigits);
     }
 
   private:
+    // Out of line, as it is asked for in several places.
+    static char* writeBefore(char* end, unsigned long value, unsigned int base,
+                             const char* digits) {
+        switch (base) {
+            case 10: writeDecimal(end, value); break;
+            case 16: writeBits<4>(end, value, digits); break;
+            case 8: writeBits<3>(end, value, digits); break;
+            default: writeAny(end, value, base, digits);
+        }
+        return end;
+    }
+
     unsigned int countIn(unsigned int base) const {
         switch (base) {
             case 10: return countDecimal();
@@ -72,8 +77,7 @@ class IntegerDigits {
         return count;
     }
 
-    void writeDecimal(char* end) const {
-        unsigned long wide = value_;
+    static void writeDecimal(char* end, unsigned long wide) {
         while (wide > UINT32_MAX) {
             std::memcpy(end -= 2, digitPairs + 2 * (wide % 100), 2);
             wide /= 100;
@@ -92,19 +96,17 @@ class IntegerDigits {
     }
 
     template <unsigned int bits>
-    void writeBits(char* end, const char* digits) const {
-        unsigned long rest = value_;
+    static void writeBits(char* end, unsigned long rest, const char* digits) {
         do {
             *--end = digits[rest % (1U << bits)];
             rest >>= bits;
         } while (rest != 0);
     }
 
-    void writeAny(char* end, const char* digits) const {
-        unsigned long rest = value_;
+    static void writeAny(char* end, unsigned long rest, unsigned int base, const char* digits) {
         do {
-            *--end = digits[rest % base_];
-            rest /= base_;
+            *--end = digits[rest % base];
+            rest /= base;
         } while (rest != 0);
     }
 

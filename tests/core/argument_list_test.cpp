@@ -13,6 +13,7 @@ namespace {
 using kfl::detail::ArgumentList;
 using kfl::detail::asArgument;
 using kfl::detail::listBehind;
+using kfl::detail::pointerIn;
 
 // The three kinds of type that a va_list is somewhere, as a list of one number.
 struct Tag {
@@ -65,15 +66,15 @@ std::string taken(int unused, ...) {
     va_list arguments;
     va_start(arguments, unused);
     ArgumentList list(asArgument(arguments));
-    const int number = list.next<int>();
-    const std::string text = list.next<const char*>();
-    const long wide = list.next<long>();
+    const int number = static_cast<int>(list.next());
+    const std::string text = static_cast<const char*>(pointerIn(list.next()));
+    const long wide = list.next();
     va_end(arguments);
     return std::to_string(number) + " " + text + " " + std::to_string(wide);
 }
 
 TEST(ArgumentListTest, GivesArgumentsOneAfterTheOther) {
-    EXPECT_EQ(taken(0, 1, "two", 3L), "1 two 3");
+    EXPECT_EQ(taken(0, -1, "two", -3L), "-1 two -3");
 }
 
 // A host's own variadic function: it hands its va_list on as it would to vsnprintf.
