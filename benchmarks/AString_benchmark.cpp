@@ -173,12 +173,13 @@ void enterCompare(unsigned int n) {
 void enterInsertAndErase() {
     const std::string text = madeText(200, 1);
     Contest contest("string: insert and erase");
-    contest.enter("kfl", [s = std::make_shared<AString>(400U), text](auto& sees) {
-        if (s->empty()) s->append(text.c_str());
-        s->insert(5, ten);
-        sees.value(s->length());
-        s->erase(5, 10);
-        show(sees, *s);
+    const auto ours = std::make_shared<AString>(400U);
+    ours->append(text.c_str());
+    contest.enter("kfl", [ours](auto& sees) {
+        ours->insert(5, ten);
+        sees.value(ours->length());
+        ours->erase(5, 10);
+        show(sees, *ours);
     });
     const auto bare = std::make_shared<BareText>(400U);
     bare->insert(0, text.c_str());

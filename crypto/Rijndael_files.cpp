@@ -30,7 +30,12 @@ struct Operation {
 constexpr Operation encipherFile{true, "r", "wb", 0xFF};
 constexpr Operation decipherFile{false, "rb", "w", 0};
 
-FILE* openFile(const char* name, const char* mode) { return name ? fopen(name, mode) : nullptr; }
+// Without a buffer: there is one already, which is as large as all that is read or written at once.
+FILE* openFile(const char* name, const char* mode) {
+    FILE* const file = name ? fopen(name, mode) : nullptr;
+    if (file) setvbuf(file, nullptr, _IONBF, 0);
+    return file;
+}
 
 // A name as printf would show it.
 const char* shown(const char* name) { return name ? name : "(null)"; }
@@ -57,12 +62,13 @@ class Files {
 
     // The input's length in bytes; 0 for what has none, or cannot be read from its beginning again.
     std::uint64_t inputLength() const {
-        // The end of a directory may be anywhere, up to the largest number there is.
         struct stat status = {};
         fstat(fileno(in_), &status);
+        if (S_ISREG(status.st_mode)) return static_cast<std::uint64_t>(status.st_size);
         fseeko(in_, 0, SEEK_END);
         const off_t end = ftello(in_);
         if (fseeko(in_, 0, SEEK_SET) != 0) return 0;
+        // The end of a directory may be anywhere, up to the largest number there is.
         return end > 0 && !S_ISDIR(status.st_mode) ? static_cast<std::uint64_t>(end) : 0;
     }
 
