@@ -24,8 +24,8 @@ constexpr int none = -1;
 // Plain text of up to this length is copied one by one; a longer one goes on in one go.
 constexpr std::size_t usualStretch = 3;
 
-// A sign and the twenty digits of the longest number, or nine places of padding and one digit.
-constexpr std::size_t usualRoom = 21;
+// What the longest number takes, 20 digits or a sign and 19.
+constexpr std::size_t usualRoom = 20;
 
 // A directive's parts between "%" and the conversion.
 struct Directive {

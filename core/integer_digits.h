@@ -35,7 +35,6 @@ class IntegerDigits {
     }
 
   private:
-    // Out of line, as it is asked for in several places.
     static char* writeBefore(char* end, unsigned long value, unsigned int base,
                              const char* digits) {
         switch (base) {

@@ -362,6 +362,30 @@ TEST(BoundedStringBaseTest, NeverTouchesWhatLiesBehindItsBytes) {
     }
 }
 
+// Where they just fit, and where they just do not.
+TEST(BoundedStringBaseTest, TheLongestNumbersTouchNothingBehindTheirBytes) {
+    const kfl_test::GuardedPage page;
+    ASSERT_TRUE(page.isReady());
+    const auto expect = [&page](const char* format, long num, const std::string& whole) {
+        for (unsigned int size = 0; size < 26; ++size) {
+            char* const buf = page.last(std::size_t{size} + 1);
+            B::format(buf, size, format, num);
+            if (size >= whole.size()) {
+                EXPECT_EQ(buf, whole);
+            } else {
+                EXPECT_EQ(std::string(buf, size), whole.substr(0, size)) << size;
+                EXPECT_EQ(buf[size], '\0');
+            }
+        }
+    };
+    expect("%ld", LONG_MIN, std::to_string(LONG_MIN));
+    expect("%lu", -1, std::to_string(ULONG_MAX));
+    expect("%lx", -1, std::string(sizeof(long) * 2, 'f'));
+    expect("%9ld", -1, "       -1");
+    expect("%09ld", -12345678, "-12345678");
+    expect("%09lx", 0, "000000000");
+}
+
 TEST(BoundedStringBaseTest, NumberNeverTouchesItsEnd) {
     const kfl_test::GuardedPage page;
     ASSERT_TRUE(page.isReady());
