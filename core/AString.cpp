@@ -201,14 +201,16 @@ int AString::insert(unsigned int pos, const char* text) {
     const Retired<char> old(
         makeRoom(data_, capacity_, length_, increment_, std::uint64_t{length_} + n));
     char* const gap = data_ + pos;
-    std::memmove(gap + n, gap, length_ - pos);
+    // With the terminator: whoever reads it next would wait for a store of its own.
+    std::memmove(gap + n, gap, std::size_t{length_ - pos} + 1);
     if (detail::isWithin(text, data_, length_)) {
         copyParted(gap, text, n);
     } else {
         moveText(gap, text, n);
     }
     length_ += static_cast<unsigned int>(n);
-    data_[length_] = '\0';
+    // A character may have been put there by hand.
+    if (data_[length_] != '\0') data_[length_] = '\0';
     return 1;
 }
 

@@ -429,6 +429,15 @@ TEST(AStringTest, InsertMovesWhatStandsBehindANul) {
     EXPECT_EQ(contents(text), std::string("aXYb\0\0cd", 8));
 }
 
+TEST(AStringTest, InsertEndsTheTextWhereItsLengthSays) {
+    AString text(50U);
+    text.append("ab");
+    std::strcpy(const_cast<char*>(text.c_str()) + 2, "cdef");
+    text.insert(1, "XY");
+    EXPECT_STREQ(text.c_str(), "aXYb");
+    EXPECT_EQ(text.length(), 4U);
+}
+
 TEST(AStringTest, InsertTakesAPieceOfItselfAtAnyPlace) {
     const std::string start = "abcdefg";
     for (const unsigned int room : {7U, 8U, 14U, 100U}) {
