@@ -1,6 +1,7 @@
 // The file operations of kfl/Rijndael.h.
 #include <stdio.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <cstring>
@@ -62,12 +63,12 @@ class Files {
 
     // The input's length in bytes; 0 for what has none, or cannot be read from its beginning again.
     std::uint64_t inputLength() const {
+        const int file = fileno(in_);
         struct stat status = {};
-        fstat(fileno(in_), &status);
+        fstat(file, &status);
         if (S_ISREG(status.st_mode)) return static_cast<std::uint64_t>(status.st_size);
-        fseeko(in_, 0, SEEK_END);
-        const off_t end = ftello(in_);
-        if (fseeko(in_, 0, SEEK_SET) != 0) return 0;
+        const off_t end = lseek(file, 0, SEEK_END);
+        if (lseek(file, 0, SEEK_SET) != 0) return 0;
         // The end of a directory may be anywhere, up to the largest number there is.
         return end > 0 && !S_ISDIR(status.st_mode) ? static_cast<std::uint64_t>(end) : 0;
     }

@@ -117,8 +117,6 @@ const std::vector<FallibleCall>& fallibleCalls() {
         {"fclose", {EIO, ENOSPC, EINTR}, false, true},
         {"fread", {EIO, EINTR}, true, false},
         {"fwrite", {EIO, ENOSPC, EINTR, EFBIG}, true, false},
-        {"fseeko", {ESPIPE, EIO, EINVAL}, false, false},
-        {"ftello", {ESPIPE, EOVERFLOW}, false, false},
         {"vsnprintf", {ENOMEM, EOVERFLOW}, false, false},
     };
     return calls;

@@ -260,16 +260,6 @@ std::size_t __wrap_fwrite(const void* data, std::size_t size, std::size_t count,
     return how == Interception::isShort ? __real_fwrite(data, size, partOf(count), stream) : 0;
 }
 
-int __real_fseeko64(std::FILE* stream, off64_t offset, int whence);
-int __wrap_fseeko64(std::FILE* stream, off64_t offset, int whence) {
-    return isToFail("fseeko") ? -1 : __real_fseeko64(stream, offset, whence);
-}
-
-off64_t __real_ftello64(std::FILE* stream);
-off64_t __wrap_ftello64(std::FILE* stream) {
-    return isToFail("ftello") ? -1 : __real_ftello64(stream);
-}
-
 int __real_vsnprintf(char* to, std::size_t size, const char* format, va_list arguments);
 int __wrap_vsnprintf(char* to, std::size_t size, const char* format, va_list arguments) {
     return isToFail("vsnprintf") ? -1 : __real_vsnprintf(to, size, format, arguments);
