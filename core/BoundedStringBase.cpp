@@ -200,8 +200,9 @@ class Formatter {
         next_ += rest;
     }
 
-    // Most directives are one of five letters behind at most a "0", a digit and an "l", and there
-    // is room for any number. Returns false for all others, which are left to convert().
+    // Most directives are a second "%", or one of five letters behind at most a "0", a digit and an
+    // "l", and there is room for any number. Returns false for all others, which are left to
+    // convert().
     bool convertUsual() {
         if (wantsSmallCode || out_.room() < usualRoom) return false;
         const char* s = next_;
