@@ -1,5 +1,6 @@
-// Files longer than 32 bits can say. They have a length and no content: this program stands between the file
-// operations and both the C library and the cipher (the linker's --wrap), and counts their bytes.
+// Files longer than 32 bits can say. They have a length and no content: this program stands between
+// the file operations and both the C library and the cipher (the linker's --wrap), and counts their
+// bytes.
 #include <gtest/gtest.h>
 
 #include <algorithm>
