@@ -105,22 +105,26 @@ Item moveTo(const Container& items, unsigned int count, Iterator& it, unsigned i
 template <class Item, class Iterator>
 Item stepOn(const Container& items, unsigned int count, Iterator& it) {
     const Item old = it.current;
-    if (it.position < count) {
-        moveTo<Item>(items, count, it, it.position + 1);
-    } else {
-        it.current = nullptr;
+    const unsigned int at = it.position;
+    Item next = nullptr;
+    if (at < count) {
+        it.position = at + 1;
+        next = itemBelow<Item>(items, count, at + 1);
     }
+    it.current = next;
     return old;
 }
 
 template <class Item, class Iterator>
 Item stepBack(const Container& items, unsigned int count, Iterator& it) {
     const Item old = it.current;
-    if (static_cast<int>(it.position) >= 1) {
-        moveTo<Item>(items, count, it, it.position - 1);
-    } else {
-        it.current = nullptr;
+    const unsigned int at = it.position;
+    Item next = nullptr;
+    if (static_cast<int>(at) >= 1) {
+        it.position = at - 1;
+        next = itemBelow<Item>(items, count, at - 1);
     }
+    it.current = next;
     return old;
 }
 

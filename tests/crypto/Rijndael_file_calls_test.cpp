@@ -4,6 +4,8 @@
 
 #include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <new>
 #include <string>
 #include <vector>
@@ -42,12 +44,16 @@ int __real_fclose(std::FILE* file);
 int __wrap_fclose(std::FILE* file);
 size_t __real_fread(void* to, size_t size, size_t count, std::FILE* file);
 size_t __wrap_fread(void* to, size_t size, size_t count, std::FILE* file);
+off64_t __real_lseek64(int file, off64_t offset, int whence);
+off64_t __wrap_lseek64(int file, off64_t offset, int whence);
 }
 
 namespace {
 
 // How many bytes fread still gives before it fails.
 long readable = -1;
+// Where the end of what is no regular file is said to be.
+off64_t saidEnd = -1;
 
 }  // namespace
 
@@ -73,6 +79,11 @@ size_t __wrap_fread(void* to, size_t size, size_t count, std::FILE* file) {
     const size_t n = std::min(size * count, static_cast<size_t>(readable));
     readable -= static_cast<long>(n);
     return __real_fread(to, 1, n, file) / size;
+}
+
+off64_t __wrap_lseek64(int file, off64_t offset, int whence) {
+    const off64_t end = __real_lseek64(file, offset, whence);
+    return saidEnd >= 0 && whence == SEEK_END ? saidEnd : end;
 }
 
 namespace {
@@ -111,6 +122,11 @@ class RijndaelFileCallsTest : public testing::Test {
         return calls;
     }
 
+    std::string written() const {
+        std::ifstream file(out, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
     kfl_test::TemporaryFolder folder;
     std::string in;
     std::string out;
@@ -129,6 +145,24 @@ TEST_F(RijndaelFileCallsTest, WithoutAKeyTheOrderIsTheSame) {
     Rijndael fresh;
     EXPECT_EQ(callsOf(&Rijndael::encryptFile, fresh, in, out),
               (Calls{"open in r", "open out wb", "close input", "close output"}));
+}
+
+// As a disk's would be.
+TEST_F(RijndaelFileCallsTest, ADeviceIsReadUpToItsEnd) {
+    saidEnd = 32;
+    cipher->encryptFile("/dev/zero", out.c_str(), Rijndael::modeECB);
+    saidEnd = -1;
+    const char zeros[32] = {};
+    char expected[32];
+    cipher->encrypt(zeros, expected, sizeof zeros, Rijndael::modeECB);
+    EXPECT_EQ(written(), std::string(expected, sizeof expected));
+}
+
+TEST_F(RijndaelFileCallsTest, ADirectoryIsEmptyWhereverItsEndIs) {
+    saidEnd = 32;
+    cipher->encryptFile(folder.path().c_str(), out.c_str(), Rijndael::modeECB);
+    saidEnd = -1;
+    EXPECT_EQ(written(), "");
 }
 
 TEST_F(RijndaelFileCallsTest, MissingInputEndsTheOperation) {
