@@ -752,6 +752,7 @@ TEST(AStringTest, FindFirstOfGivesNothingWhereTheTextRunsOnBehindItsLength) {
     text.append("ab");
     std::strcpy(const_cast<char*>(text.c_str()) + 2, "cdef");
     EXPECT_EQ(text.findFirstOf("f", 0), -1);
+    EXPECT_EQ(text.findFirstOf("d", 1), -1);
     EXPECT_EQ(text.findFirstOf("c", 0), 2);
 }
 
