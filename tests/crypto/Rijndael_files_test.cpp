@@ -325,6 +325,14 @@ TEST_F(RijndaelFilesTest, DirectoryCountsAsEmpty) {
     }
 }
 
+TEST_F(RijndaelFilesTest, DeviceWithoutALengthCountsAsEmpty) {
+    for (const FileOperation operation : bothOperations) {
+        ((*Keyed(Bytes(16), Bytes(16))).*operation)("/dev/null", path("out").c_str(), ecb);
+        expectEvents({notWhole});
+        EXPECT_EQ(contentOf(path("out")), Bytes());
+    }
+}
+
 TEST_F(RijndaelFilesTest, WhatCannotBeMeasuredCountsAsEmpty) {
     for (const FileOperation operation : bothOperations) {
         int ends[2];
