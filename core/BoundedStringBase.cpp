@@ -216,9 +216,13 @@ class Formatter {
 
         if (conversion == '%') {
             out_.put('%');
-            return true;
+        } else {
+            writeUsual(conversion, arguments_.next(), qualifier, width, padding);
         }
-        const long word = arguments_.next();
+        return true;
+    }
+
+    void writeUsual(char conversion, long word, char qualifier, int width, char padding) {
         if (conversion == 's') {
             copyText(word);
         } else if (conversion == 'c') {
@@ -232,7 +236,6 @@ class Formatter {
                                     unsignedPart(static_cast<unsigned long>(word), qualifier),
                                     false, conversion == 'x' ? 16 : 10, width, padding));
         }
-        return true;
     }
 
     static bool isPlainInteger(char conversion) {

@@ -31,21 +31,18 @@ class IntegerDigits {
 
     // Writes the digits to the places from `to` on; returns where they end.
     char* writeTo(char* to, bool large) const {
-        return writeBefore(to + count_, value_, base_, large ? largeDigits : smallDigits);
-    }
-
-  private:
-    static char* writeBefore(char* end, unsigned long value, unsigned int base,
-                             const char* digits) {
-        switch (base) {
-            case 10: writeDecimal(end, value); break;
-            case 16: writeBits<4>(end, value, digits); break;
-            case 8: writeBits<3>(end, value, digits); break;
-            default: writeAny(end, value, base, digits);
+        char* const end = to + count_;
+        const char* const digits = large ? largeDigits : smallDigits;
+        switch (base_) {
+            case 10: writeDecimal(end); break;
+            case 16: writeBits<4>(end, digits); break;
+            case 8: writeBits<3>(end, digits); break;
+            default: writeAny(end, digits);
         }
         return end;
     }
 
+  private:
     unsigned int countIn(unsigned int base) const {
         switch (base) {
             case 10: return countDecimal();
@@ -76,7 +73,8 @@ class IntegerDigits {
         return count;
     }
 
-    static void writeDecimal(char* end, unsigned long wide) {
+    void writeDecimal(char* end) const {
+        unsigned long wide = value_;
         while (wide > UINT32_MAX) {
             std::memcpy(end -= 2, digitPairs + 2 * (wide % 100), 2);
             wide /= 100;
@@ -95,17 +93,19 @@ class IntegerDigits {
     }
 
     template <unsigned int bits>
-    static void writeBits(char* end, unsigned long rest, const char* digits) {
+    void writeBits(char* end, const char* digits) const {
+        unsigned long rest = value_;
         do {
             *--end = digits[rest % (1U << bits)];
             rest >>= bits;
         } while (rest != 0);
     }
 
-    static void writeAny(char* end, unsigned long rest, unsigned int base, const char* digits) {
+    void writeAny(char* end, const char* digits) const {
+        unsigned long rest = value_;
         do {
-            *--end = digits[rest % base];
-            rest /= base;
+            *--end = digits[rest % base_];
+            rest /= base_;
         } while (rest != 0);
     }
 

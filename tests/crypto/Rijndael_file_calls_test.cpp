@@ -1,7 +1,9 @@
 // The file operations' dealings with the C library and the allocator: this program stands between
 // the library and both (the linker's --wrap), writes down what is called, and lets calls fail.
 #include <gtest/gtest.h>
+#include <stdio_ext.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -26,6 +28,8 @@ std::FILE* firstFile = nullptr;
 // How many blocks of memory there were at the start, and when the first file was closed.
 unsigned long liveAtStart = 0;
 unsigned long liveAtClose = 0;
+// The largest buffer that the C library has had for one of the files.
+size_t largestBuffer = 0;
 
 void record(const std::string& call) {
     if (isRecording) calls.push_back(call);
@@ -44,6 +48,8 @@ int __real_fclose(std::FILE* file);
 int __wrap_fclose(std::FILE* file);
 size_t __real_fread(void* to, size_t size, size_t count, std::FILE* file);
 size_t __wrap_fread(void* to, size_t size, size_t count, std::FILE* file);
+size_t __real_fwrite(const void* from, size_t size, size_t count, std::FILE* file);
+size_t __wrap_fwrite(const void* from, size_t size, size_t count, std::FILE* file);
 off64_t __real_lseek64(int file, off64_t offset, int whence);
 off64_t __wrap_lseek64(int file, off64_t offset, int whence);
 }
@@ -52,8 +58,11 @@ namespace {
 
 // How many bytes fread still gives before it fails.
 long readable = -1;
-// Where the end of what is no regular file is said to be.
+// How many times fwrite still writes before it fails once.
+long writable = -1;
+// Where the end of what is no regular file is said to be, and whether one can go back from there.
 off64_t saidEnd = -1;
+bool seeksBack = true;
 
 }  // namespace
 
@@ -68,6 +77,7 @@ std::FILE* __wrap_fopen64(const char* name, const char* mode) {
 
 int __wrap_fclose(std::FILE* file) {
     if (isRecording) {
+        largestBuffer = std::max(largestBuffer, __fbufsize(file));
         if (file == firstFile) liveAtClose = liveBlocks();
         record(file == firstFile ? "close input" : "close output");
     }
@@ -81,9 +91,15 @@ size_t __wrap_fread(void* to, size_t size, size_t count, std::FILE* file) {
     return __real_fread(to, 1, n, file) / size;
 }
 
+size_t __wrap_fwrite(const void* from, size_t size, size_t count, std::FILE* file) {
+    if (isRecording && writable >= 0 && writable-- == 0) return 0;
+    return __real_fwrite(from, size, count, file);
+}
+
 off64_t __wrap_lseek64(int file, off64_t offset, int whence) {
-    const off64_t end = __real_lseek64(file, offset, whence);
-    return saidEnd >= 0 && whence == SEEK_END ? saidEnd : end;
+    if (whence == SEEK_SET && !seeksBack) return -1;
+    if (saidEnd < 0) return __real_lseek64(file, offset, whence);
+    return whence == SEEK_END ? saidEnd + offset : offset;
 }
 
 namespace {
@@ -149,13 +165,24 @@ TEST_F(RijndaelFileCallsTest, WithoutAKeyTheOrderIsTheSame) {
 
 // As a disk's would be.
 TEST_F(RijndaelFileCallsTest, ADeviceIsReadUpToItsEnd) {
-    saidEnd = 32;
-    cipher->encryptFile("/dev/zero", out.c_str(), Rijndael::modeECB);
-    saidEnd = -1;
     const char zeros[32] = {};
     char expected[32];
     cipher->encrypt(zeros, expected, sizeof zeros, Rijndael::modeECB);
-    EXPECT_EQ(written(), std::string(expected, sizeof expected));
+    for (const unsigned int end : {1U, 16U, 17U, 32U}) {
+        saidEnd = end;
+        cipher->encryptFile("/dev/zero", out.c_str(), Rijndael::modeECB);
+        saidEnd = -1;
+        EXPECT_EQ(written(), std::string(expected, end > 16 ? 32 : 16));
+    }
+}
+
+TEST_F(RijndaelFileCallsTest, ADeviceThatDoesNotGoBackIsEmpty) {
+    saidEnd = 32;
+    seeksBack = false;
+    cipher->encryptFile("/dev/zero", out.c_str(), Rijndael::modeECB);
+    seeksBack = true;
+    saidEnd = -1;
+    EXPECT_EQ(written(), "");
 }
 
 TEST_F(RijndaelFileCallsTest, ADirectoryIsEmptyWhereverItsEndIs) {
@@ -234,6 +261,30 @@ TEST_F(RijndaelFileCallsTest, ShortReadIsFilledUp) {
         std::fclose(decoded);
         EXPECT_TRUE(found == Keyed(Bytes(16), Bytes(16)).decrypted(text, Rijndael::modeCBC));
     }
+}
+
+// Also when there is room again.
+TEST_F(RijndaelFileCallsTest, NothingIsWrittenBehindAFailedWrite) {
+    for (const FileOperation operation : {&Rijndael::encryptFile, &Rijndael::decryptFile}) {
+        callsOf(operation, *Keyed(Bytes(16), Bytes(16)), in, out);
+        const std::string whole = written();
+        ASSERT_EQ(whole.size(), 100000U);
+        writable = 1;
+        callsOf(operation, *Keyed(Bytes(16), Bytes(16)), in, out);
+        writable = -1;
+        const std::string cut = written();
+        EXPECT_GT(cut.size(), 0U);
+        EXPECT_LT(cut.size(), whole.size());
+        EXPECT_EQ(cut, whole.substr(0, cut.size()));
+    }
+}
+
+TEST_F(RijndaelFileCallsTest, BytesAreNotCopiedThroughABuffer) {
+    largestBuffer = 0;
+    callsOf(&Rijndael::encryptFile, *cipher, in, out);
+    callsOf(&Rijndael::decryptFile, *cipher, in, out);
+    // A stream without a buffer has one of a character.
+    EXPECT_EQ(largestBuffer, 1U);
 }
 
 TEST_F(RijndaelFileCallsTest, MemoryDoesNotGrowWithTheFile) {
