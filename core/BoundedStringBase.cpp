@@ -22,7 +22,7 @@ using B = BoundedStringBase;
 constexpr int none = -1;
 
 // Plain text of up to this length is copied one by one; a longer one goes on in one go.
-constexpr std::size_t usualStretch = 3;
+constexpr std::size_t usualStretch = 8;
 
 // What the longest number takes, 20 digits or a sign and 19.
 constexpr std::size_t usualRoom = 20;
@@ -85,15 +85,25 @@ void writeDigits(BoundedOutput& out, const IntegerDigits& digits, bool large) {
 
 bool isLong(char qualifier) { return qualifier == 'l' || qualifier == 'L' || qualifier == 'Z'; }
 
-// The part of an argument that the qualifier names.
-long signedPart(long word, char qualifier) {
-    if (isLong(qualifier)) return word;
-    return qualifier == 'h' ? static_cast<short>(word) : static_cast<int>(word);
+// A whole argument, or its part that is an int.
+long longOrInt(long word, bool isLong) {
+    if (isLong) return word;
+    return static_cast<int>(word);
 }
 
-unsigned long unsignedPart(unsigned long word, char qualifier) {
-    if (isLong(qualifier)) return word;
-    return qualifier == 'h' ? static_cast<unsigned short>(word) : static_cast<unsigned int>(word);
+unsigned long longOrUnsigned(long word, bool isLong) {
+    if (isLong) return static_cast<unsigned long>(word);
+    return static_cast<unsigned int>(word);
+}
+
+// The part of an argument that the qualifier names.
+long signedPart(long word, char qualifier) {
+    return qualifier == 'h' ? static_cast<short>(word) : longOrInt(word, isLong(qualifier));
+}
+
+unsigned long unsignedPart(long word, char qualifier) {
+    return qualifier == 'h' ? static_cast<unsigned short>(word)
+                            : longOrUnsigned(word, isLong(qualifier));
 }
 
 const char* textIn(long word) {
@@ -131,8 +141,9 @@ unsigned long magnitudeOf(long num) {
 
 // Writes an integer behind up to nine places of padding, where there is room; returns where it
 // ends.
-[[gnu::noinline]] char* writeWithin(char* to, unsigned long magnitude, bool isNegative,
-                                    unsigned int base, int width, char padding) {
+template <unsigned int base>
+[[gnu::noinline]] char* writeWithin(char* to, unsigned long magnitude, bool isNegative, int width,
+                                    char padding) {
     const IntegerDigits digits(magnitude, base);
     const int pad = excess(width, static_cast<int>(digits.count()) + (isNegative ? 1 : 0));
     if (isNegative && padding == '0') *to++ = '-';
@@ -200,51 +211,62 @@ class Formatter {
         next_ += rest;
     }
 
-    // Most directives are a second "%", or one of five letters behind at most a "0", a digit and an
-    // "l", and there is room for any number. Returns false for all others, which are left to
+    // Most directives are a text, a number behind at most a "0", a digit and an "l", or a
+    // character, and there is room for any number. Returns false for all others, which are left to
     // convert().
     bool convertUsual() {
         if (wantsSmallCode || out_.room() < usualRoom) return false;
-        const char* s = next_;
-        const char padding = *s == '0' ? *s++ : ' ';
-        const int width = isDigit(*s) ? *s++ - '0' : 0;
-        const char qualifier = *s == 'l' ? *s++ : '\0';
-        const char conversion = *s;
-        const bool isText = conversion == 's' || conversion == 'c' || conversion == '%';
-        if (isText ? s != next_ : !isPlainInteger(conversion)) return false;
-        next_ = s + 1;
+        return convertUsualText() || convertUsualNumber() || convertUsualCharacter();
+    }
 
-        if (conversion == '%') {
-            out_.put('%');
-        } else {
-            writeUsual(conversion, arguments_.next(), qualifier, width, padding);
-        }
+    bool convertUsualText() {
+        if (*next_ != 's') return false;
+        ++next_;
+        const char* const text = textIn(arguments_.next());
+        out_.copyWithin(text, std::strlen(text));
         return true;
     }
 
-    void writeUsual(char conversion, long word, char qualifier, int width, char padding) {
-        if (conversion == 's') {
-            copyText(word);
-        } else if (conversion == 'c') {
-            out_.put(static_cast<char>(word));
-        } else if (conversion == 'd') {
-            const long num = signedPart(word, qualifier);
-            out_.moveTo(
-                writeWithin(out_.position(), magnitudeOf(num), num < 0, 10, width, padding));
+    bool convertUsualNumber() {
+        const char* s = next_;
+        char padding = ' ';
+        int width = 0;
+        if (*s <= '9') {
+            if (*s == '0') padding = *s++;
+            if (isDigit(*s)) width = *s++ - '0';
+        }
+        const bool isLong = *s == 'l';
+        if (isLong) ++s;
+        const char conversion = *s;
+        if (conversion != 'd' && conversion != 'u' && conversion != 'x') return false;
+        next_ = s + 1;
+
+        writeUsual(conversion, arguments_.next(), isLong, width, padding);
+        return true;
+    }
+
+    void writeUsual(char conversion, long word, bool isLong, int width, char padding) {
+        char* const to = out_.position();
+        if (conversion == 'd') {
+            const long num = longOrInt(word, isLong);
+            out_.moveTo(writeWithin<10>(to, magnitudeOf(num), num < 0, width, padding));
+        } else if (conversion == 'u') {
+            out_.moveTo(writeWithin<10>(to, longOrUnsigned(word, isLong), false, width, padding));
         } else {
-            out_.moveTo(writeWithin(out_.position(),
-                                    unsignedPart(static_cast<unsigned long>(word), qualifier),
-                                    false, conversion == 'x' ? 16 : 10, width, padding));
+            out_.moveTo(writeWithin<16>(to, longOrUnsigned(word, isLong), false, width, padding));
         }
     }
 
-    static bool isPlainInteger(char conversion) {
-        return conversion == 'd' || conversion == 'u' || conversion == 'x';
-    }
-
-    void copyText(long word) {
-        const char* const text = textIn(word);
-        out_.copy(text, std::strlen(text));
+    bool convertUsualCharacter() {
+        if (*next_ == '%') {
+            out_.put('%');
+        } else if (*next_ == 'c') {
+            out_.put(static_cast<char>(arguments_.next()));
+        } else {
+            return false;
+        }
+        ++next_;
+        return true;
     }
 
     Directive readDirective() {
@@ -360,7 +382,7 @@ class Formatter {
             sign = signOf(num, directive);
             magnitude = magnitudeOf(num);
         } else {
-            magnitude = unsignedPart(static_cast<unsigned long>(word), directive.qualifier);
+            magnitude = unsignedPart(word, directive.qualifier);
         }
         out_.moveTo(writeNumber(out_, magnitude, sign, base, directive));
     }

@@ -71,6 +71,13 @@ class BoundedOutput {
 
     void copy(const char* text, std::size_t count) { moveTo(copied(*this, text, count)); }
 
+    // The same where there is room for a short text at least.
+    void copyWithin(const char* text, std::size_t count) {
+        if (count > shortLength) return copy(text, count);
+        copyShort(position_, text, count);
+        position_ += count;
+    }
+
     // Moves on by `count` places and returns the first of them, to be written by the caller; null,
     // and no move, where there are not that many before the last place.
     char* claim(std::size_t count) {

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 
 namespace kfl::detail {
 
@@ -15,6 +16,20 @@ constexpr char digitPairs[] =
     "0001020304050607080910111213141516171819202122232425262728293031323334353637383940414243444546"
     "4748495051525354555657585960616263646566676869707172737475767778798081828384858687888990919293"
     "949596979899";
+
+// Of a power, all smaller numbers have as many digits as its exponent says. 0 stands in for the
+// first one, as 0 has a digit.
+struct PowersOfTen {
+    static constexpr int count = std::numeric_limits<unsigned long>::digits10 + 1;
+
+    constexpr PowersOfTen() {
+        for (int i = 1; i < count; ++i) values[i] = i == 1 ? 10 : values[i - 1] * 10;
+    }
+
+    unsigned long values[count] = {};
+};
+
+constexpr PowersOfTen powersOfTen;
 
 // How many digits a number has, and how they are put in front of a place, two at a time for
 // base 10. The usual bases have constant divisors, which need no division.
@@ -58,13 +73,9 @@ class IntegerDigits {
     }
 
     unsigned int countDecimal() const {
-        unsigned int count = 1;
-        for (unsigned long rest = value_;; rest /= 10000, count += 4) {
-            if (rest < 10) return count;
-            if (rest < 100) return count + 1;
-            if (rest < 1000) return count + 2;
-            if (rest < 10000) return count + 3;
-        }
+        // The number of bits by the logarithm of 10 to base 2.
+        const unsigned int least = bitCount() * 1233 / 4096;
+        return least + (value_ >= powersOfTen.values[least] ? 1 : 0);
     }
 
     unsigned int countAny() const {

@@ -271,6 +271,40 @@ TEST_P(BoundedStringBaseRows, GivesItsFrontInEverySmallerRoom) {
 
 INSTANTIATE_TEST_SUITE_P(All, BoundedStringBaseRows, testing::ValuesIn(rows()), nameOf<Row>);
 
+// What 64 bits hold above an int is not part of it.
+TEST(BoundedStringBaseTest, AnIntIsTheLowPartOfItsWord) {
+    const long wide = static_cast<long>(0x7654321080000001U);
+    for (const unsigned int room : {255U, 12U}) {
+        char buf[256];
+        for (const char* format : {"%u", "%1u", "%-u"}) {
+            B::format(buf, room, format, wide);
+            EXPECT_STREQ(buf, "2147483649") << format;
+        }
+        for (const char* format : {"%d", "%1d", "%-d", "%i"}) {
+            B::format(buf, room, format, wide);
+            EXPECT_STREQ(buf, "-2147483647") << format;
+        }
+        for (const char* format : {"%x", "%1x", "%-x"}) {
+            B::format(buf, room, format, wide);
+            EXPECT_STREQ(buf, "80000001") << format;
+        }
+    }
+}
+
+// Whatever stands behind them.
+TEST(BoundedStringBaseTest, OtherCharactersAreNoConversionAndNoQualifier) {
+    const std::string known = " #+-0123456789*.hlLZdiouxXcspn%";
+    for (int c = 1; c < 256; ++c) {
+        if (known.find(static_cast<char>(c)) != std::string::npos) continue;
+        for (const char* rest : {"d", "5u", "ld", "s", "c"}) {
+            const std::string format = std::string("%") + static_cast<char>(c) + rest;
+            char buf[256];
+            EXPECT_EQ(B::format(buf, 255, format.c_str()), static_cast<int>(format.size()));
+            EXPECT_EQ(buf, format);
+        }
+    }
+}
+
 // ---- makeString, the bound
 
 TEST(BoundedStringBaseTest, KeepsTheFrontOfWhatDoesNotFit) {
