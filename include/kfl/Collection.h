@@ -127,6 +127,8 @@ class KFL_EXPORT OrdCollect : public Collection {
     // Forgets all items without deleting them, and keeps the storage.
     void reset();
 
+    // The same as count(), without a virtual call.
+    unsigned int size() const { return itemCount_; }
     // The items, in order; null without storage. Invalidated by whatever grows the list.
     kfl::SObject** data() const {
         return static_cast<kfl::SObject**>(static_cast<void*>(items_.data()));

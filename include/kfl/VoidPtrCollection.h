@@ -114,6 +114,8 @@ class KFL_EXPORT VoidPtrOrderedCollection : public VoidPtrCollection {
     // Requires: capacity >= count(). The count is not touched: items cut off read as null.
     virtual void expandTo(unsigned int capacity);
 
+    // The same as count(), without a virtual call.
+    unsigned int size() const { return itemCount_; }
     // The items, in order; null without storage. Invalidated by whatever grows the list.
     void** data() const { return static_cast<void**>(static_cast<void*>(items_.data())); }
     // Items that fit before the list grows.

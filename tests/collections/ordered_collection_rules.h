@@ -29,6 +29,7 @@ class OrderedCollectionTest : public testing::Test {
     }
     static Items itemsOf(const List& list) {
         Items items;
+        EXPECT_EQ(list.size(), list.count());
         for (unsigned int i = 0; i < list.count(); ++i) items.push_back(list.idAt(i));
         return items;
     }

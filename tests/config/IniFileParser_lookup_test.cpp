@@ -102,4 +102,43 @@ TEST_F(IniFileParserLookupTest, EndsAbove127AreLeftToTheComparison) {
     EXPECT_EQ(comparisons, 2);
 }
 
+TEST_F(IniFileParserLookupTest, OtherDigitsAreNotCompared) {
+    kfl::IniFileParser other;
+    for (const char* const name : {"unit-11", "unit-12", "unit-21", "unit-1a", "unit-a1"}) {
+        ASSERT_NE(other.createSection(name), nullptr);
+    }
+    comparisons = 0;
+    EXPECT_EQ(other.getSection("unit-22"), nullptr);
+    EXPECT_EQ(other.getSection("unit-2b"), nullptr);
+    EXPECT_EQ(other.getSection("unit-b2"), nullptr);
+    EXPECT_EQ(comparisons, 0);
+    EXPECT_NE(other.getSection("UNIT-1A"), nullptr);
+    EXPECT_NE(other.getSection("UNIT-A1"), nullptr);
+    EXPECT_NE(other.getSection("UNIT-21"), nullptr);
+}
+
+// Every character beside every other, in the last two places and in front of them.
+TEST_F(IniFileParserLookupTest, FindsWhatTheComparisonCallsEqual) {
+    kfl::IniFileParser other;
+    kfl::st_section* const section = other.createSection("name");
+    ASSERT_NE(section, nullptr);
+    for (const std::string frame :
+         {"*1", "1*", "*a", "a*", "*\xE1", "\xE1*", "1*1", "*11", "a*a"}) {
+        const std::size_t place = frame.find('*');
+        std::string name = frame;
+        std::string wanted = frame;
+        for (int a = 1; a < 256; ++a) {
+            name[place] = static_cast<char>(a);
+            section->name.clear();
+            section->name.append(name.c_str());
+            for (int b = 1; b < 256; ++b) {
+                wanted[place] = static_cast<char>(b);
+                const bool isEqual = strncasecmp(name.c_str(), wanted.c_str(), 4) == 0;
+                ASSERT_EQ(other.getSection(wanted.c_str()), isEqual ? section : nullptr)
+                    << frame << ' ' << a << ' ' << b;
+            }
+        }
+    }
+}
+
 }  // namespace
