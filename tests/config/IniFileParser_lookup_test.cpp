@@ -4,6 +4,7 @@
 #include <strings.h>
 
 #include <string>
+#include <vector>
 
 #include "kfl/IniFileParser.h"
 
@@ -100,6 +101,42 @@ TEST_F(IniFileParserLookupTest, EndsAbove127AreLeftToTheComparison) {
     EXPECT_EQ(comparisons, 1);
     other.getSection("name az");
     EXPECT_EQ(comparisons, 2);
+}
+
+TEST_F(IniFileParserLookupTest, EndsAbove127AreLeftToTheComparisonBesideAnything) {
+    for (const char* const frame : {"*z", "z*", "*1", "1*"}) {
+        for (const char c : {'\x80', '\x81', '\x82', '\xBE', '\xC2', '\xFE'}) {
+            std::string name = std::string("name ") + frame;
+            std::string wanted = name;
+            name[name.find('*')] = c;
+            wanted[wanted.find('*')] = static_cast<char>(c ^ 0x10);
+            kfl::IniFileParser other;
+            ASSERT_NE(other.createSection(name.c_str()), nullptr);
+            comparisons = 0;
+            other.getSection(wanted.c_str());
+            EXPECT_EQ(comparisons, 1) << frame;
+        }
+    }
+}
+
+// What a host has done to the list of a section.
+TEST_F(IniFileParserLookupTest, OnlyWhatIsInTheListIsFound) {
+    kfl::VoidPtrOrderedCollection& keys = parser.getSection("s")->keys;
+    const unsigned int count = keys.count();
+    ASSERT_EQ(count, 26U);
+    auto* const last = static_cast<kfl::st_key*>(keys.idAt(count - 1));
+    keys.expandTo(count - 1);
+    EXPECT_EQ(parser.getKey("z-name", "s"), nullptr);
+    EXPECT_NE(parser.getKey("y-name", "s"), nullptr);
+    keys.expandTo(count + 5);
+    keys.removeAt(count - 1);
+    keys.add(last);
+
+    std::vector<void*> items(keys.data(), keys.data() + count);
+    keys.clear();
+    EXPECT_EQ(parser.getKey("a-name", "s"), nullptr);
+    for (void* const item : items) keys.add(item);
+    EXPECT_EQ(parser.getKey("z-name", "s"), last);
 }
 
 TEST_F(IniFileParserLookupTest, OtherDigitsAreNotCompared) {
