@@ -100,10 +100,9 @@ class Filler {
 };
 
 template <class Record>
-void deleteRecords(VoidPtrOrderedCollection& records) {
+void deleteRecords(const VoidPtrOrderedCollection& records) {
     const unsigned int count = records.count();
     for (unsigned int i = 0; i < count; ++i) delete static_cast<Record*>(records.idAt(i));
-    records.clear();
 }
 
 }  // namespace

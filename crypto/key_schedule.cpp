@@ -10,8 +10,9 @@ namespace {
 
 using AES::Rijndael;
 
-// 15 rows of 8 words, and what the last turn of the expansion makes too many.
-constexpr int mostWords = 15 * 8 + 8;
+// 15 rows of 8 words. With keys of every length they are whole turns of the expansion; shorter rows
+// leave room for the words that the last turn makes too many.
+constexpr int mostWords = 15 * 8;
 
 unsigned substitutedWord(unsigned w) {
     const unsigned char* const s = Rijndael::_S;

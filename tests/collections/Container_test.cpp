@@ -250,6 +250,17 @@ TEST(ContainerTest, WithoutStorageButWithACapacityNothingIsCopied) {
     EXPECT_EQ(bytesOf(text), zeros(5));
 }
 
+TEST(ContainerTest, StorageThatIsMadeAnewIsZeroed) {
+    Container container(3, 100);
+    container.setData(nullptr);
+    // What the allocator gives next.
+    char* const used = new char[500];
+    std::memset(used, 0xFF, 500);
+    delete[] used;
+    container.expandTo(5);
+    EXPECT_EQ(bytesOf(container), zeros(500));
+}
+
 TEST(ContainerTest, PutGrowsToExactlyWhatIsNeeded) {
     Container container(0, 4);
     char element[] = {1, 2, 3, 4};

@@ -147,6 +147,8 @@ TEST(NameValuePairTest, NullCountsAsEmpty) {
     const NameValuePair pair(nullptr, nullptr);
     EXPECT_STREQ(pair.name.c_str(), "");
     EXPECT_STREQ(pair.value.c_str(), "");
+    EXPECT_EQ(pair.name.capacity(), 100U);
+    EXPECT_EQ(pair.value.capacity(), 100U);
 }
 
 TEST(NameValuePairTest, IsSharedByHandles) {

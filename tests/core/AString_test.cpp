@@ -601,6 +601,20 @@ TEST(AStringTest, EqualStringsHaveTheSameLengthAndVisibleText) {
     EXPECT_TRUE(roomy == roomy);
 }
 
+TEST(AStringTest, EqualityLooksAtEveryCharacter) {
+    for (std::size_t length = 1; length <= 50; ++length) {
+        const std::string text(length, 'a');
+        const AString reference(text.c_str());
+        EXPECT_TRUE(AString(text.c_str()) == reference);
+        for (std::size_t i = 0; i < length; ++i) {
+            std::string other = text;
+            other[i] = 'b';
+            EXPECT_FALSE(AString(other.c_str()) == reference) << length << ' ' << i;
+            EXPECT_FALSE(reference == AString(other.c_str())) << length << ' ' << i;
+        }
+    }
+}
+
 TEST(AStringTest, EqualityLooksAtTheLengthsFirstAndAtNothingBehindANul) {
     AString longer(20U);
     longer.append("ab", 4);
