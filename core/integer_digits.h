@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 
 namespace kfl::detail {
 
@@ -17,13 +16,16 @@ constexpr char digitPairs[] =
     "4748495051525354555657585960616263646566676869707172737475767778798081828384858687888990919293"
     "949596979899";
 
+// Bits in base 10, rounded down: their number by the logarithm of 10 to base 2.
+constexpr unsigned int digitsOfBits(unsigned int bits) { return bits * 1233 / 4096; }
+
 // Of a power, all smaller numbers have as many digits as its exponent says. 0 stands in for the
 // first one, as 0 has a digit.
 struct PowersOfTen {
-    static constexpr int count = std::numeric_limits<unsigned long>::digits10 + 1;
+    static constexpr unsigned int count = digitsOfBits(sizeof(unsigned long) * CHAR_BIT) + 1;
 
     constexpr PowersOfTen() {
-        for (int i = 1; i < count; ++i) values[i] = i == 1 ? 10 : values[i - 1] * 10;
+        for (unsigned int i = 1; i < count; ++i) values[i] = i == 1 ? 10 : values[i - 1] * 10;
     }
 
     unsigned long values[count] = {};
@@ -73,8 +75,7 @@ class IntegerDigits {
     }
 
     unsigned int countDecimal() const {
-        // The number of bits by the logarithm of 10 to base 2.
-        const unsigned int least = bitCount() * 1233 / 4096;
+        const unsigned int least = digitsOfBits(bitCount());
         return least + (value_ >= powersOfTen.values[least] ? 1 : 0);
     }
 
