@@ -2,6 +2,7 @@
 
 #include "collections/ordered_collection.h"
 #include "core/bases.h"
+#include "core/small_code.h"
 
 namespace kfl {
 
@@ -62,9 +63,11 @@ SObject* OrdCollect::end(Iterator& it) {
     return detail::moveTo<SObject*>(items_, itemCount_, it, itemCount_ - 1);
 }
 
-SObject* OrdCollect::next(Iterator& it) { return detail::stepOn<SObject*>(items_, itemCount_, it); }
+[[gnu::aligned(detail::shortFunctionAlignment)]] SObject* OrdCollect::next(Iterator& it) {
+    return detail::stepOn<SObject*>(items_, itemCount_, it);
+}
 
-SObject* OrdCollect::prev(Iterator& it) {
+[[gnu::aligned(detail::shortFunctionAlignment)]] SObject* OrdCollect::prev(Iterator& it) {
     return detail::stepBack<SObject*>(items_, itemCount_, it);
 }
 
@@ -86,7 +89,8 @@ SObject* OrdCollect::replaceAt(unsigned int index, SObject* item) {
 
 int OrdCollect::indexOfSame(SObject* item) const { return items_.indexOfSame(item); }
 
-SObject* OrdCollect::idAt(unsigned int index) const {
+[[gnu::aligned(detail::shortFunctionAlignment)]] SObject* OrdCollect::idAt(
+    unsigned int index) const {
     return detail::itemBelow<SObject*>(items_, itemCount_, index);
 }
 

@@ -1,6 +1,7 @@
 #include "kfl/VoidPtrCollection.h"
 
 #include "collections/ordered_collection.h"
+#include "core/small_code.h"
 
 namespace kfl {
 
@@ -52,11 +53,13 @@ void* VoidPtrOrderedCollection::end(VoidPtrIterator& it) {
     return detail::moveTo<void*>(items_, itemCount_, it, itemCount_ - 1);
 }
 
-void* VoidPtrOrderedCollection::next(VoidPtrIterator& it) {
+[[gnu::aligned(detail::shortFunctionAlignment)]] void* VoidPtrOrderedCollection::next(
+    VoidPtrIterator& it) {
     return detail::stepOn<void*>(items_, itemCount_, it);
 }
 
-void* VoidPtrOrderedCollection::prev(VoidPtrIterator& it) {
+[[gnu::aligned(detail::shortFunctionAlignment)]] void* VoidPtrOrderedCollection::prev(
+    VoidPtrIterator& it) {
     return detail::stepBack<void*>(items_, itemCount_, it);
 }
 
@@ -78,7 +81,8 @@ void* VoidPtrOrderedCollection::replaceAt(unsigned int index, void* item) {
 
 int VoidPtrOrderedCollection::indexOfSame(void* item) const { return items_.indexOfSame(item); }
 
-void* VoidPtrOrderedCollection::idAt(unsigned int index) const {
+[[gnu::aligned(detail::shortFunctionAlignment)]] void* VoidPtrOrderedCollection::idAt(
+    unsigned int index) const {
     return detail::itemBelow<void*>(items_, itemCount_, index);
 }
 

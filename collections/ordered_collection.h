@@ -104,8 +104,8 @@ Item moveTo(const Container& items, unsigned int count, Iterator& it, unsigned i
 
 template <class Item, class Iterator>
 Item stepOn(const Container& items, unsigned int count, Iterator& it) {
-    const Item old = it.current;
     const unsigned int at = it.position;
+    const Item old = it.current;
     Item next = nullptr;
     if (at < count) {
         it.position = at + 1;

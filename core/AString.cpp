@@ -187,7 +187,7 @@ void detail::setText(AString& string, const char* text, unsigned int n) {
 
 int AString::append(const AString& s) { return append(s.data_); }
 
-int AString::append(char c) {
+[[gnu::aligned(detail::shortFunctionAlignment)]] int AString::append(char c) {
     const unsigned int at = length_;
     if (capacity_ - at < 2) return appendGrowing(data_, capacity_, length_, increment_, c);
     return putCharacter(data_, length_, at, c);
@@ -195,7 +195,8 @@ int AString::append(char c) {
 
 int AString::append(unsigned char c) { return append(static_cast<char>(c)); }
 
-int AString::insert(unsigned int pos, const char* text) {
+[[gnu::aligned(detail::shortFunctionAlignment)]] int AString::insert(unsigned int pos,
+                                                                     const char* text) {
     if (!text) return 1;
     const std::size_t n = std::strlen(text);
     const Retired<char> old(
@@ -214,7 +215,7 @@ int AString::insert(unsigned int pos, const char* text) {
     return 1;
 }
 
-int AString::erase(unsigned int pos, int count) {
+[[gnu::aligned(detail::shortFunctionAlignment)]] int AString::erase(unsigned int pos, int count) {
     if (count == 0 || pos >= length_) return 1;
     const unsigned int rest = length_ - pos;
     const unsigned int wanted = static_cast<unsigned int>(count);
@@ -244,7 +245,8 @@ int AString::expandTo(unsigned int n) {
     return 1;
 }
 
-bool AString::operator==(const AString& other) const {
+[[gnu::aligned(detail::shortFunctionAlignment)]] bool AString::operator==(
+    const AString& other) const {
     if (length_ != other.length_) return false;
     // Bytes behind a NUL may differ: the texts are equal all the same.
     if (data_[length_] == '\0' &&

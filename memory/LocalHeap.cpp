@@ -7,6 +7,7 @@
 
 #include "core/allocation.h"
 #include "core/halt.h"
+#include "core/small_code.h"
 
 namespace {
 
@@ -100,7 +101,8 @@ LocalHeap::~LocalHeap() {
     return pool;
 }
 
-void* LocalHeap::allocateBlock(unsigned size) {
+[[gnu::aligned(kfl::detail::shortFunctionAlignment)]] void* LocalHeap::allocateBlock(
+    unsigned size) {
     if (size != blockSize) return kfl::detail::allocateArray(size);
 
     // Kept on purpose: counted before it is known that there is a block.
@@ -124,7 +126,8 @@ void* LocalHeap::allocateBlock(unsigned size) {
     return takeFromNew(*this);
 }
 
-void LocalHeap::deallocateBlock(void* block, unsigned size) {
+[[gnu::aligned(kfl::detail::shortFunctionAlignment)]] void LocalHeap::deallocateBlock(
+    void* block, unsigned size) {
     if (size != blockSize) return giveBackForeign(freeList, blocksInUse, block);
     giveBack(freeList, blocksInUse, slotOf(block));
 }
