@@ -130,6 +130,40 @@ TEST(ArgumentListTest, MakeStringLeavesTheCallersListWhereItWas) {
     EXPECT_EQ(next, 41);
 }
 
+// A host that takes the first arguments itself.
+int hostFormatRest(char* buf, unsigned int size, const char* format, int numbers, int fractions,
+                   ...) {
+    va_list arguments;
+    va_start(arguments, fractions);
+    for (int i = 0; i < fractions; ++i) EXPECT_EQ(va_arg(arguments, double), i + 0.5);
+    for (int i = 0; i < numbers; ++i) EXPECT_EQ(va_arg(arguments, int), i);
+    const int stored = handOn(buf, size, format, arguments);
+    EXPECT_EQ(va_arg(arguments, int), numbers);
+    va_end(arguments);
+    return stored;
+}
+
+TEST(ArgumentListTest, MakeStringTakesTheRestOfAList) {
+    for (int used = 0; used <= 8; ++used) {
+        char buf[64];
+        hostFormatRest(buf, 63, "%d,%d,%d", used, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10);
+        EXPECT_EQ(buf, std::to_string(used) + ',' + std::to_string(used + 1) + ',' +
+                           std::to_string(used + 2));
+    }
+}
+
+TEST(ArgumentListTest, MakeStringTakesTheRestBehindFractions) {
+    for (int used = 0; used <= 6; ++used) {
+        char buf[64];
+        hostFormatRest(buf, 63, "%d %d", used, 3, 0.5, 1.5, 2.5, 0, 1, 2, 3, 4, 5, 6, 7);
+        EXPECT_EQ(buf, std::to_string(used) + ' ' + std::to_string(used + 1));
+        // More than there are registers for.
+        hostFormatRest(buf, 63, "%d %d", used, 10, 0.5, 1.5, 2.5, 3.5, 4.5, 5.5, 6.5, 7.5, 8.5, 9.5,
+                       0, 1, 2, 3, 4, 5, 6, 7);
+        EXPECT_EQ(buf, std::to_string(used) + ' ' + std::to_string(used + 1));
+    }
+}
+
 TEST(ArgumentListTest, FormatTakesArgumentsFromTheCall) {
     char buf[64];
     EXPECT_EQ(BoundedStringBase::format(buf, 63, "%d%s%ld%d%c%d%d%s%d%d%d", 1, "a", 2L, 3, 'b', 4,
