@@ -231,6 +231,7 @@ class Formatter {
         const char* s = next_;
         char padding = ' ';
         int width = 0;
+        // Both begin with what stands before the letters.
         if (*s <= '9') {
             if (*s == '0') padding = *s++;
             if (isDigit(*s)) width = *s++ - '0';

@@ -1,4 +1,4 @@
-// Whether the compiler was asked for small code rather than for fast code.
+// Whether the compiler was asked for small code rather than for fast code, and what follows.
 #ifndef KFL_CORE_SMALL_CODE_H
 #define KFL_CORE_SMALL_CODE_H
 
